@@ -31,7 +31,7 @@ public:
     OCObject() noexcept = default;
     OCObject(const OCObject&) noexcept = default;
     OCObject& operator=(const OCObject&) noexcept = default;
-    virtual ~OCObject() noexcept(false);
+    virtual ~OCObject() noexcept(false) {}
 
     /// Storage of `size` bytes from `memoryAllocate`.
     /// @throws OXMemory_AllocationError when memory is exhausted.
@@ -59,8 +59,8 @@ public:
 ///     OCObjectDisposer disposer(list.detach(3));   // deleted when the scope ends
 class ORVABASE_EXPORT OCObjectDisposer : public OCObject {
 public:
-    /// Takes ownership of `object`, which may be null.
-    explicit OCObjectDisposer(OCObject* object) noexcept : object(object) {}
+    /// Takes ownership of `owned`, which may be null.
+    explicit OCObjectDisposer(OCObject* owned) noexcept : object(owned) {}
     OCObjectDisposer(const OCObjectDisposer&) = delete;
     OCObjectDisposer& operator=(const OCObjectDisposer&) = delete;
     /// Deletes the object; an exception from its destructor is dropped.

@@ -1,0 +1,172 @@
+#ifndef ORVABASE_OCCORERING_H
+#include "OCCoreRing.h" // comes back here for each of the two halves
+#elif ORVABASE_CORE_RING_HALF == 1
+
+class OCFilePath;
+class OCStream;
+
+/// How a string list orders and matches its strings. Any value but 0 is sensitive.
+enum OEStringListCase : int { StringListCaseInsensitive = 0, StringListCaseSensitive = 1 };
+
+/// Whether a string list keeps itself sorted. Only 1 is sorted.
+enum OEStringListMode : int { StringListModeUnsorted = 0, StringListModeSorted = 1 };
+
+/// A list of strings that owns them, in insertion order or kept sorted (look-ups are binary
+/// searches then).
+///
+/// It holds copies of what it is given. A slot may be null: `setCount` makes such slots. Not for
+/// use by several threads at once.
+///
+///     OCStringList names(StringListCaseInsensitive, StringListModeSorted);
+///     names += "beta";
+///     names += "Alpha";
+///     names.getString(0);           // Alpha
+///     names.contains("BETA");       // true
+class ORVABASE_EXPORT OCStringList : public OCObject {
+public:
+    OCStringList(OEStringListCase matching, OEStringListMode order) noexcept
+        : listCase(matching), listMode(order) {}
+    /// A deep copy, by `assign`.
+    OCStringList(const OCStringList& other);
+    OCStringList& operator=(const OCStringList& other) { return assign(other); }
+    ~OCStringList() noexcept override;
+
+    /// Takes `other`'s case, mode and copies of its strings; null slots are not copied.
+    /// @throws OXMemory_AllocationError when memory is exhausted; the list then holds a part.
+    OCStringList& assign(const OCStringList& other);
+    /// Adds copies of `other`'s strings in order, each at its place in a sorted list; null slots
+    /// are skipped. A list appended to itself doubles what it held.
+    /// @throws OXMemory_AllocationError when memory is exhausted; a part may have been added.
+    OCStringList& append(const OCStringList& other);
+
+    /// Adds a copy of `text`: at its place in a sorted list (before an equal string), at the end of
+    /// an unsorted one.
+    /// @throws OXMemory_AllocationError when memory is exhausted.
+    void addString(const OCAnsiString& text);
+    OCStringList& operator+=(const OCAnsiString& text) {
+        addString(text);
+        return *this;
+    }
+
+    /// The number of slots, null slots included.
+    unsigned long getCount() const { return strings.getCount(); }
+    OEStringListCase getCase() const { return listCase; }
+    OEStringListMode getMode() const { return listMode; }
+    /// Whether `index` is below the count and its slot is not null.
+    bool hasString(unsigned long index) const { return strings.hasElement(index); }
+
+    /// The string at `index`; the reference lasts until the string is removed or replaced.
+    /// @throws OXStringList_NoSuchIndex, OXStringList_NullString
+    OCAnsiString& getString(unsigned long index) {
+        return const_cast<OCAnsiString&>(static_cast<const OCStringList*>(this)->getString(index));
+    }
+    const OCAnsiString& getString(unsigned long index) const {
+        if (!strings.hasElement(index))
+            throwMissingString(index);
+        return static_cast<const OCAnsiString&>(strings.getElement(index));
+    }
+
+    /// Replaces the string at `index` by a copy of `text`. In a sorted list it moves to its place.
+    ///
+    /// Note: a bad index is reported by the vector's exception.
+    /// @throws OXVector_NoSuchIndex, OXMemory_AllocationError
+    void setString(unsigned long index, const OCAnsiString& text);
+    /// Removes slot `index` and deletes its string, if it has one.
+    ///
+    /// Note: a bad index is reported by the vector's exception.
+    /// @throws OXVector_NoSuchIndex
+    void removeString(unsigned long index);
+    /// Deletes the string at `index` and leaves a null slot; a slot that is null or does not exist
+    /// is ignored.
+    void nullString(unsigned long index);
+    /// Drops the slots from `n` on with their strings, or adds null slots up to `n`.
+    /// @throws OXMemory_AllocationError when memory is exhausted.
+    void setCount(unsigned long n);
+    /// Deletes all strings.
+    void clear() { setCount(0); }
+
+    /// Looks `text` up: true and its index, or false. On false the index is 0 for an empty list,
+    /// the place where the text would be inserted for a sorted one, and untouched for an unsorted
+    /// one. With duplicates in a sorted list, any of them may be the one reported.
+    bool indexOf(const OCAnsiString& text, unsigned long& index) const;
+    bool contains(const OCAnsiString& text) const;
+
+    /// Sorts the strings by `compareFunction()`. It does not make the list a sorted one.
+    /// @throws OXVector_NullElement when a slot is null; the list is then partly sorted.
+    void sort();
+    /// The comparison function of the list's case.
+    OCVector::Comparator compareFunction() const;
+
+    /// Replaces the list by the lines of the stream, from its position to its end.
+    void loadFromStream(OCStream& stream);
+    /// Writes every string with a line end (CR LF).
+    /// @throws OXStringList_NullString when a slot is null.
+    void saveToStream(OCStream& stream) const;
+    /// Replaces the list by the lines of a file.
+    void loadFromFile(const OCFilePath& path);
+    /// Writes every string with a line end (CR LF) to a file, which is created or emptied.
+    void saveToFile(const OCFilePath& path) const;
+
+    bool indexOfSorted(const OCAnsiString& text, unsigned long& index) const;
+    bool indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const;
+
+private:
+    [[noreturn]] void throwMissingString(unsigned long index) const;
+
+    OEStringListCase listCase;
+    OEStringListMode listMode;
+    OCVector strings;
+};
+
+/// The comparison functions of string lists, for vectors of `OCAnsiString`: null is less than any
+/// string and equal to null.
+ORVABASE_EXPORT OECompareResult stringListCompareSensitive(const OCObject* a, const OCObject* b);
+ORVABASE_EXPORT OECompareResult stringListCompareInsensitive(const OCObject* a, const OCObject* b);
+
+/// Turns string lists into line-oriented text and back. Lines are written with CR LF; CR LF, CR and
+/// LF each end a line that is read.
+class ORVABASE_EXPORT OCStringListUtilities : public OCObject {
+public:
+    OCStringListUtilities() = delete;
+
+    /// Every string followed by CR LF, the last one too. The result is sized first and filled then.
+    /// Null slots have no text; their two bytes of line end are still there.
+    static OCAnsiString exportString(const OCStringList& list);
+    static unsigned long exportStringLength(const OCStringList& list);
+    static void exportStringBuffer(const OCStringList& list, char* buffer);
+    /// Writes every string, followed by CR LF, with one write a line.
+    /// @throws OXStringList_NullString when a slot is null.
+    static void exportStream(const OCStringList& list, OCStream& stream);
+    /// Replaces the list by the lines of `text`. A line end at the end of the text makes no further
+    /// line.
+    static void importString(OCStringList& list, const OCAnsiString& text);
+    /// Replaces the list by the lines of the stream, from its position to its end.
+    static void importStream(OCStringList& list, OCStream& stream);
+};
+
+#elif ORVABASE_CORE_RING_HALF == 2
+
+/// The family of the string list's failures.
+class ORVABASE_EXPORT OXStringList : public OXAutoException {
+public:
+    ~OXStringList() noexcept override;
+
+protected:
+    OXStringList();
+};
+
+/// "String list index out of bounds", with the index.
+class ORVABASE_EXPORT OXStringList_NoSuchIndex : public OXStringList {
+public:
+    explicit OXStringList_NoSuchIndex(unsigned long index);
+    ~OXStringList_NoSuchIndex() noexcept override;
+};
+
+/// "The string list does not contain the requested string", with the index.
+class ORVABASE_EXPORT OXStringList_NullString : public OXStringList {
+public:
+    explicit OXStringList_NullString(unsigned long index);
+    ~OXStringList_NullString() noexcept override;
+};
+
+#endif
