@@ -1,0 +1,11 @@
+# Instrumentation applies to everything that is built, so that the library and its tests agree.
+if(ORVABASE_SANITIZE)
+    add_compile_options(-fsanitize=${ORVABASE_SANITIZE} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=${ORVABASE_SANITIZE})
+endif()
+
+if(ORVABASE_COVERAGE)
+    add_compile_options(--coverage -O0 -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
