@@ -1,0 +1,57 @@
+#ifndef ORVABASE_OCKERNELS_H
+#define ORVABASE_OCKERNELS_H
+
+// The library's vector code: small operations on runs of characters, each with a plain form, an
+// SSE2 form and, where it pays, an AVX2 form that is chosen when the machine has it. All forms
+// agree.
+//
+// Counts are in characters. A find returns the index of what was found, or `notFound`. "Folded"
+// means that `A` to `Z` count as `a` to `z`. Nothing here allocates for patterns up to 127
+// characters, and every search is linear in text and pattern together.
+
+namespace orvabase::kernels {
+
+constexpr unsigned long notFound = ~0UL;
+
+// Bytes
+unsigned long findByte(const char* text, unsigned long count, char c) noexcept;
+unsigned long findByteFolded(const char* text, unsigned long count, char c) noexcept;
+unsigned long findEither(const char* text, unsigned long count, char a, char b) noexcept;
+unsigned long findText(const char* text, unsigned long count, const char* pattern,
+                       unsigned long patternCount);
+unsigned long findTextFolded(const char* text, unsigned long count, const char* pattern,
+                             unsigned long patternCount);
+/// The index of the first difference, `count` when there is none.
+unsigned long mismatch(const char* a, const char* b, unsigned long count) noexcept;
+unsigned long mismatchFolded(const char* a, const char* b, unsigned long count) noexcept;
+/// `to` may be `from`.
+void foldLower(char* to, const char* from, unsigned long count) noexcept;
+void foldUpper(char* to, const char* from, unsigned long count) noexcept;
+
+// Between bytes and wide characters
+/// Sign-extends each byte.
+void widen(wchar_t* to, const char* from, unsigned long count) noexcept;
+/// Keeps the low 8 bits of each character.
+void narrow(char* to, const wchar_t* from, unsigned long count) noexcept;
+
+// Wide characters
+unsigned long findWide(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
+unsigned long findWideFolded(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
+unsigned long findWideText(const wchar_t* text, unsigned long count, const wchar_t* pattern,
+                           unsigned long patternCount);
+unsigned long findWideTextFolded(const wchar_t* text, unsigned long count, const wchar_t* pattern,
+                                 unsigned long patternCount);
+unsigned long mismatchWide(const wchar_t* a, const wchar_t* b, unsigned long count) noexcept;
+unsigned long mismatchWideFolded(const wchar_t* a, const wchar_t* b, unsigned long count) noexcept;
+void foldLowerWide(wchar_t* to, const wchar_t* from, unsigned long count) noexcept;
+void foldUpperWide(wchar_t* to, const wchar_t* from, unsigned long count) noexcept;
+/// The first character that is not white space: whose signed value is above 32. `count` when all
+/// are.
+unsigned long skipWideWhiteSpace(const wchar_t* text, unsigned long count) noexcept;
+/// The first character that ends a markup name: white space or one of `( ) * + / = > ? [`. `count`
+/// when there is none.
+unsigned long skipWideName(const wchar_t* text, unsigned long count) noexcept;
+
+} // namespace orvabase::kernels
+
+#endif
