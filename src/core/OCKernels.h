@@ -5,9 +5,9 @@
 // SSE2 form and, where it pays, an AVX2 form that is chosen when the machine has it. All forms
 // agree.
 //
-// Counts are in characters. A find returns the index of what was found, or `notFound`. "Folded"
-// means that `A` to `Z` count as `a` to `z`. Nothing here allocates for patterns up to 127
-// characters, and every search is linear in text and pattern together.
+// Counts are in characters. A find returns the index of what was found, or `notFound`; an empty
+// pattern is never found. "Folded" means that `A` to `Z` count as `a` to `z`. Nothing here
+// allocates or reads beyond the counts, and every search is linear in text and pattern together.
 
 namespace orvabase::kernels {
 
@@ -18,9 +18,9 @@ unsigned long findByte(const char* text, unsigned long count, char c) noexcept;
 unsigned long findByteFolded(const char* text, unsigned long count, char c) noexcept;
 unsigned long findEither(const char* text, unsigned long count, char a, char b) noexcept;
 unsigned long findText(const char* text, unsigned long count, const char* pattern,
-                       unsigned long patternCount);
+                       unsigned long patternCount) noexcept;
 unsigned long findTextFolded(const char* text, unsigned long count, const char* pattern,
-                             unsigned long patternCount);
+                             unsigned long patternCount) noexcept;
 /// The index of the first difference, `count` when there is none.
 unsigned long mismatch(const char* a, const char* b, unsigned long count) noexcept;
 unsigned long mismatchFolded(const char* a, const char* b, unsigned long count) noexcept;
@@ -38,9 +38,9 @@ void narrow(char* to, const wchar_t* from, unsigned long count) noexcept;
 unsigned long findWide(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
 unsigned long findWideFolded(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
 unsigned long findWideText(const wchar_t* text, unsigned long count, const wchar_t* pattern,
-                           unsigned long patternCount);
+                           unsigned long patternCount) noexcept;
 unsigned long findWideTextFolded(const wchar_t* text, unsigned long count, const wchar_t* pattern,
-                                 unsigned long patternCount);
+                                 unsigned long patternCount) noexcept;
 unsigned long mismatchWide(const wchar_t* a, const wchar_t* b, unsigned long count) noexcept;
 unsigned long mismatchWideFolded(const wchar_t* a, const wchar_t* b, unsigned long count) noexcept;
 void foldLowerWide(wchar_t* to, const wchar_t* from, unsigned long count) noexcept;

@@ -1,0 +1,40 @@
+#ifndef ORVABASE_OCKERNELFORMS_H
+#define ORVABASE_OCKERNELFORMS_H
+
+#include "core/OCKernels.h"
+
+namespace orvabase::kernels {
+
+/// One way to do everything that OCKernels.h names. All forms give the same results; they differ in
+/// the instructions that they need.
+struct Form {
+    const char* name;
+    decltype(&kernels::findByte) findByte;
+    decltype(&kernels::findByteFolded) findByteFolded;
+    decltype(&kernels::findEither) findEither;
+    decltype(&kernels::findText) findText;
+    decltype(&kernels::findTextFolded) findTextFolded;
+    decltype(&kernels::mismatch) mismatch;
+    decltype(&kernels::mismatchFolded) mismatchFolded;
+    decltype(&kernels::foldLower) foldLower;
+    decltype(&kernels::foldUpper) foldUpper;
+    decltype(&kernels::widen) widen;
+    decltype(&kernels::narrow) narrow;
+    decltype(&kernels::findWide) findWide;
+    decltype(&kernels::findWideFolded) findWideFolded;
+    decltype(&kernels::findWideText) findWideText;
+    decltype(&kernels::findWideTextFolded) findWideTextFolded;
+    decltype(&kernels::mismatchWide) mismatchWide;
+    decltype(&kernels::mismatchWideFolded) mismatchWideFolded;
+    decltype(&kernels::foldLowerWide) foldLowerWide;
+    decltype(&kernels::foldUpperWide) foldUpperWide;
+    decltype(&kernels::skipWideWhiteSpace) skipWideWhiteSpace;
+    decltype(&kernels::skipWideName) skipWideName;
+};
+
+/// Character by character: what the other forms must agree with.
+extern const Form plainForm;
+
+} // namespace orvabase::kernels
+
+#endif
