@@ -4,7 +4,15 @@
 #ifndef ORVABASE_ORVABASE_H
 #define ORVABASE_ORVABASE_H
 
+#include "OCAnsiString.h"
+#include "OCCoreRing.h"
 #include "OCExport.h"
+#include "OCMemory.h"
 #include "OCObject.h"
+#include "OCStringConversion.h"
+#include "OCStringList.h"
+#include "OCSystemError.h"
+#include "OCVector.h"
+#include "OXException.h"
 
 #endif
