@@ -170,13 +170,7 @@ public:
     bool operator<=(const OCAnsiString& other) const { return compare(other) <= 0; }
     bool operator>(const OCAnsiString& other) const { return compare(other) > 0; }
     bool operator>=(const OCAnsiString& other) const { return compare(other) >= 0; }
-    // A wide string on the right is narrowed: the class on the left decides.
-    bool operator==(const OCWideString& other) const;
-    bool operator!=(const OCWideString& other) const;
-    bool operator<(const OCWideString& other) const;
-    bool operator<=(const OCWideString& other) const;
-    bool operator>(const OCWideString& other) const;
-    bool operator>=(const OCWideString& other) const;
+    // Comparisons with wide strings are declared with `OCWideString`.
 
     /// Look for the first occurrence: true and its index in `position`, or false with `position`
     /// untouched. An empty text is never found. The time is linear.

@@ -13,6 +13,7 @@
 #include "OCStringList.h"
 #include "OCSystemError.h"
 #include "OCVector.h"
+#include "OCWideString.h"
 #include "OXException.h"
 
 #endif
