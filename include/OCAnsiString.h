@@ -116,9 +116,13 @@ public:
                          OEStringConcat mode = StringConcatPlain);
     OCAnsiString& append(const OCAnsiString& text, OEStringConcat mode = StringConcatPlain);
     /// Appends plainly.
-    OCAnsiString& operator+=(const OCAnsiString& text) { return append(text, StringConcatPlain); }
+    OCAnsiString& operator+=(const OCAnsiString& text) { return append(text); }
+    OCAnsiString& operator+=(const char* text) { return append(text); }
+    OCAnsiString& operator+=(char c) { return append(c); }
     /// Appends as a path.
     OCAnsiString& operator/=(const OCAnsiString& text) { return append(text, StringConcatPath); }
+    OCAnsiString& operator/=(const char* text) { return append(text, StringConcatPath); }
+    OCAnsiString& operator/=(char c) { return append(c, StringConcatPath); }
     /// A new string: this one with `other` appended.
     OCAnsiString concat(const OCAnsiString& other, OEStringConcat mode = StringConcatPlain) const;
     OCAnsiString operator+(const OCAnsiString& text) const;
@@ -194,6 +198,16 @@ public:
     OCAnsiString& unescape();
 
 private:
+    void initialize(const char* text, unsigned long count);
+    void take(OCAnsiString& other) noexcept;
+    void release() noexcept;
+    void changeCapacity(unsigned long n);
+    void endAt(unsigned long n) noexcept;
+    bool holds(const char* text, unsigned long count) const noexcept;
+    OCAnsiString& keep(unsigned long head, unsigned long skip, unsigned long tail);
+    OCAnsiString& extend(bool slash, const char* text, unsigned long count);
+    OCAnsiString& insertText(unsigned long position, const OCAnsiString& text);
+
     char localBuffer[128];
     char* data;
     unsigned long granularity;

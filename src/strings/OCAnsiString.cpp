@@ -1,0 +1,657 @@
+#include "OCAnsiString.h"
+
+#include "OCMemory.h"
+#include "OCStringConversion.h"
+#include "OCWideString.h"
+#include "core/OCKernels.h"
+
+#include <cstring>
+#include <ostream>
+
+namespace {
+
+constexpr unsigned long step = 64;
+constexpr unsigned long inlineCapacity = 128;
+constexpr unsigned long longest = ~0UL - step;
+
+/// The bytes that a text of `length` characters is stored in: the smallest multiple of the step
+/// that leaves room for the terminator.
+unsigned long capacityFor(unsigned long length) {
+    if (length > longest)
+        throw OXMemory_AllocationError();
+    return length - length % step + step;
+}
+
+unsigned long sum(unsigned long a, unsigned long b) {
+    if (a > longest || b > longest - a)
+        throw OXMemory_AllocationError();
+    return a + b;
+}
+
+bool isBlank(char c) {
+    return static_cast<unsigned char>(c) <= 32;
+}
+
+// What URL form does with each byte: its length there, and the value of a hexadecimal digit.
+
+struct EscapeTables {
+    unsigned char width[256];
+    signed char digit[256];
+};
+
+constexpr EscapeTables makeEscapeTables() {
+    EscapeTables tables{};
+    for (int i = 0; i < 256; ++i) {
+        const bool decimal = i >= '0' && i <= '9';
+        const bool upper = i >= 'A' && i <= 'Z';
+        const bool lower = i >= 'a' && i <= 'z';
+        const bool kept = decimal || upper || lower || i == '-' || i == '_';
+        tables.width[i] = kept || i == ' ' ? 1 : 3;
+        tables.digit[i] = static_cast<signed char>(decimal             ? i - '0'
+                                                   : upper && i <= 'F' ? i - 'A' + 10
+                                                   : lower && i <= 'f' ? i - 'a' + 10
+                                                                       : -1);
+    }
+    return tables;
+}
+
+constexpr EscapeTables escapeTables = makeEscapeTables();
+constexpr char hexDigits[] = "0123456789abcdef";
+
+int digitValue(char c) {
+    return escapeTables.digit[static_cast<unsigned char>(c)];
+}
+
+/// The byte that the two digits after a `%` at `text[index]` spell, or -1.
+int escapedByte(const char* text, unsigned long count, unsigned long index) {
+    if (count - index <= 2)
+        return -1;
+    const int high = digitValue(text[index + 1]);
+    const int low = digitValue(text[index + 2]);
+    return high < 0 || low < 0 ? -1 : high * 16 + low;
+}
+
+unsigned long findText(const char* text, unsigned long count, const OCAnsiString& pattern,
+                       OEStringCase sense) {
+    return sense == StringCaseInsensitive
+               ? orvabase::kernels::findTextFolded(text, count, pattern.getString(),
+                                                   pattern.getLength())
+               : orvabase::kernels::findText(text, count, pattern.getString(), pattern.getLength());
+}
+
+} // namespace
+
+void OCAbstractString::throwNoSuchIndex(unsigned long index) {
+    throw OXString_NoSuchIndex(index);
+}
+
+// Storage
+
+void OCAnsiString::initialize(const char* text, unsigned long count) {
+    const unsigned long needed = capacityFor(count);
+    data = localBuffer;
+    if (needed > inlineCapacity)
+        stringAllocate(data, needed);
+    stringCopy(data, text, count);
+    data[count] = 0;
+    granularity = step;
+    capacity = needed;
+    length = count;
+}
+
+void OCAnsiString::take(OCAnsiString& other) noexcept {
+    granularity = step;
+    capacity = other.capacity;
+    length = other.length;
+    if (other.data == other.localBuffer) {
+        data = localBuffer;
+        std::memcpy(data, other.data, length + 1);
+    } else
+        data = other.data;
+    other.data = other.localBuffer;
+    other.localBuffer[0] = 0;
+    other.capacity = step;
+    other.length = 0;
+}
+
+void OCAnsiString::release() noexcept {
+    if (data != localBuffer)
+        stringRelease(data);
+}
+
+void OCAnsiString::changeCapacity(unsigned long n) {
+    const unsigned long needed = capacityFor(n);
+    const unsigned long kept = n < length ? n : length;
+    if (data == localBuffer) {
+        if (needed > inlineCapacity) {
+            char* block = nullptr;
+            stringAllocate(block, needed);
+            stringCopy(block, localBuffer, kept);
+            data = block;
+        }
+    } else if (needed > inlineCapacity) {
+        char* block = data; // stays ours if the reallocation fails
+        stringReallocate(block, needed);
+        data = block;
+    } else {
+        stringCopy(localBuffer, data, kept);
+        stringRelease(data);
+        data = localBuffer;
+    }
+    capacity = needed;
+}
+
+void OCAnsiString::endAt(unsigned long n) noexcept {
+    data[n] = 0;
+    length = n;
+}
+
+bool OCAnsiString::holds(const char* text, unsigned long count) const noexcept {
+    const auto begin = reinterpret_cast<unsigned long>(data);
+    const auto source = reinterpret_cast<unsigned long>(text);
+    return source < begin + capacity && begin < source + count;
+}
+
+OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip, unsigned long tail) {
+    const unsigned long n = head + tail;
+    const unsigned long needed = capacityFor(n);
+    const char* const rest = data + head + skip;
+    if (needed == capacity || data == localBuffer) {
+        stringCopy(data + head, rest, tail);
+    } else if (needed <= inlineCapacity) {
+        stringCopy(localBuffer, data, head);
+        stringCopy(localBuffer + head, rest, tail);
+        stringRelease(data);
+        data = localBuffer;
+    } else if (skip == 0 || tail == 0) {
+        changeCapacity(n);
+    } else {
+        // Shortening the block may be refused, so the text is not moved in place.
+        char* block = nullptr;
+        stringAllocate(block, needed);
+        stringCopy(block, data, head);
+        stringCopy(block + head, rest, tail);
+        stringRelease(data);
+        data = block;
+    }
+    capacity = needed;
+    endAt(n);
+    return *this;
+}
+
+// Construction and assignment
+
+OCAnsiString::OCAnsiString(char c) {
+    initialize(&c, 1);
+}
+
+OCAnsiString::OCAnsiString(const char* text, unsigned long count) {
+    initialize(text, count);
+}
+
+OCAnsiString::OCAnsiString(const char* text) {
+    initialize(text, stringLength(text));
+}
+
+OCAnsiString::OCAnsiString(const OCAnsiString& other) : OCAbstractString(other) {
+    initialize(other.data, other.length);
+}
+
+OCAnsiString::OCAnsiString(OCAnsiString&& other) noexcept : OCAbstractString(other) {
+    take(other);
+}
+
+OCAnsiString::OCAnsiString(const OCWideString& text) : OCAnsiString() {
+    assign(text);
+}
+
+OCAnsiString::~OCAnsiString() noexcept {
+    release();
+}
+
+OCAnsiString& OCAnsiString::operator=(OCAnsiString&& other) noexcept {
+    if (this != &other) {
+        release();
+        take(other);
+    }
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::assign(char c) {
+    return assign(&c, 1);
+}
+
+OCAnsiString& OCAnsiString::assign(const char* text, unsigned long count) {
+    const unsigned long needed = capacityFor(count);
+    if (needed == capacity || (needed <= inlineCapacity && data == localBuffer)) {
+        stringCopy(data, text, count);
+    } else {
+        char* block = localBuffer;
+        if (needed > inlineCapacity)
+            stringAllocate(block, needed);
+        stringCopy(block, text, count); // it may lie in the old block
+        release();
+        data = block;
+    }
+    capacity = needed;
+    endAt(count);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::assign(const char* text) {
+    return assign(text, stringLength(text));
+}
+
+OCAnsiString& OCAnsiString::assign(const OCAnsiString& other) {
+    return assign(other.data, other.length);
+}
+
+OCAnsiString& OCAnsiString::assign(const OCWideString& text) {
+    const unsigned long count = text.getLength();
+    setLength(count);
+    orvabase::kernels::narrow(data, text.getString(), count);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::clear() noexcept {
+    release();
+    data = localBuffer;
+    capacity = step;
+    endAt(0);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::setLength(unsigned long n) {
+    if (n >= capacity || n + step < capacity)
+        changeCapacity(n);
+    endAt(n);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::fill(char c) {
+    memoryFill(data, length, c);
+    return *this;
+}
+
+// Concatenation
+
+OCAnsiString& OCAnsiString::extend(bool slash, const char* text, unsigned long count) {
+    const unsigned long front = length;
+    const unsigned long behind = sum(front, slash ? 1 : 0);
+    const unsigned long n = sum(behind, count);
+    if (n >= capacity && holds(text, count)) {
+        const OCAnsiString copy(text, count); // the storage may move
+        return extend(slash, copy.data, count);
+    }
+    if (n >= capacity)
+        changeCapacity(n);
+    stringCopy(data + behind, text, count);
+    if (slash)
+        data[front] = '/';
+    endAt(n);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::append(char c, OEStringConcat mode) {
+    return append(&c, 1, mode);
+}
+
+OCAnsiString& OCAnsiString::append(const char* text, OEStringConcat mode) {
+    return append(text, stringLength(text), mode);
+}
+
+OCAnsiString& OCAnsiString::append(const char* text, unsigned long count, OEStringConcat mode) {
+    if (count == 0)
+        return *this;
+    if (length == 0)
+        return assign(text, count);
+    if (mode != StringConcatPath)
+        return extend(false, text, count);
+    const bool ends = data[length - 1] == '/';
+    const bool starts = *text == '/';
+    if (ends && starts)
+        return extend(false, text + 1, count - 1);
+    return extend(!ends && !starts, text, count);
+}
+
+OCAnsiString& OCAnsiString::append(const OCAnsiString& text, OEStringConcat mode) {
+    return append(text.data, text.length, mode);
+}
+
+OCAnsiString OCAnsiString::concat(const OCAnsiString& other, OEStringConcat mode) const {
+    OCAnsiString result(*this);
+    result.append(other, mode);
+    return result;
+}
+
+OCAnsiString OCAnsiString::operator+(const OCAnsiString& text) const {
+    return concat(text, StringConcatPlain);
+}
+
+OCAnsiString OCAnsiString::operator/(const OCAnsiString& text) const {
+    return concat(text, StringConcatPath);
+}
+
+OCAnsiString operator+(const char* left, const OCAnsiString& right) {
+    OCAnsiString result(left);
+    result.append(right, StringConcatPlain);
+    return result;
+}
+
+OCAnsiString operator/(const char* left, const OCAnsiString& right) {
+    OCAnsiString result(left);
+    result.append(right, StringConcatPath);
+    return result;
+}
+
+// Parts
+
+OCAnsiString& OCAnsiString::insertText(unsigned long position, const OCAnsiString& text) {
+    const unsigned long count = text.length;
+    const unsigned long tail = length - position;
+    const unsigned long n = sum(length, count);
+    const bool self = this == &text;
+    if (n >= capacity)
+        changeCapacity(n);
+    stringCopy(data + position + count, data + position, tail);
+    if (self) { // its two halves lie on both sides of the gap now
+        stringCopy(data + position, data, position);
+        stringCopy(data + position + position, data + position + count, tail);
+    } else
+        stringCopy(data + position, text.data, count);
+    endAt(n);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::insert(unsigned long position, const OCAnsiString& text) {
+    if (position >= length)
+        throwNoSuchIndex(position);
+    return insertText(position, text);
+}
+
+OCAnsiString& OCAnsiString::insert(const OCAnsiString& text) {
+    return insertText(0, text);
+}
+
+OCAnsiString& OCAnsiString::left(unsigned long n) {
+    return keep(n < length ? n : length, 0, 0);
+}
+
+OCAnsiString& OCAnsiString::right(unsigned long n) {
+    if (n == 0)
+        return clear();
+    if (length == 0)
+        throwNoSuchIndex(0);
+    const unsigned long kept = n < length ? n : length;
+    return keep(0, length - kept, kept);
+}
+
+OCAnsiString& OCAnsiString::mid(unsigned long position, unsigned long n) {
+    if (position >= length)
+        throwNoSuchIndex(position);
+    const unsigned long rest = length - position;
+    return keep(0, position, n < rest ? n : rest);
+}
+
+OCAnsiString& OCAnsiString::remove(unsigned long position, unsigned long n) {
+    if (position >= length)
+        throwNoSuchIndex(position);
+    const unsigned long rest = length - position;
+    const unsigned long removed = n < rest ? n : rest;
+    return keep(position, removed, rest - removed);
+}
+
+OCAnsiString& OCAnsiString::trimLeft() {
+    unsigned long blanks = 0;
+    while (blanks < length && isBlank(data[blanks]))
+        ++blanks;
+    return keep(0, blanks, length - blanks);
+}
+
+OCAnsiString& OCAnsiString::trimRight() {
+    unsigned long end = length;
+    while (end > 0 && isBlank(data[end - 1]))
+        --end;
+    return keep(end, 0, 0);
+}
+
+OCAnsiString& OCAnsiString::trim() {
+    unsigned long end = length;
+    while (end > 0 && isBlank(data[end - 1]))
+        --end;
+    unsigned long blanks = 0;
+    while (blanks < end && isBlank(data[blanks]))
+        ++blanks;
+    return keep(0, blanks, end - blanks);
+}
+
+OCAnsiString& OCAnsiString::padLeft(char c, unsigned long width) {
+    const unsigned long old = length;
+    if (old < width) {
+        setLength(width);
+        stringCopy(data + (width - old), data, old);
+        memoryFill(data, width - old, c);
+    }
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::padRight(char c, unsigned long width) {
+    const unsigned long old = length;
+    if (old < width) {
+        setLength(width);
+        memoryFill(data + old, width - old, c);
+    }
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::lowerCase() {
+    orvabase::kernels::foldLower(data, data, length);
+    return *this;
+}
+
+OCAnsiString& OCAnsiString::upperCase() {
+    orvabase::kernels::foldUpper(data, data, length);
+    return *this;
+}
+
+// Comparison and search
+
+OECompareResult OCAnsiString::compare(const OCAnsiString& other, OEStringCase sense) const {
+    const unsigned long common = length < other.length ? length : other.length;
+    const bool folded = sense == StringCaseInsensitive;
+    const unsigned long index = folded ? orvabase::kernels::mismatchFolded(data, other.data, common)
+                                       : orvabase::kernels::mismatch(data, other.data, common);
+    if (index == common)
+        return length < other.length   ? CompareResultLess
+               : length > other.length ? CompareResultGreater
+                                       : CompareResultEqual;
+    const auto value = [folded](char c) {
+        const auto byte = static_cast<signed char>(c);
+        return folded && byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+    };
+    return value(data[index]) < value(other.data[index]) ? CompareResultLess : CompareResultGreater;
+}
+
+bool OCAnsiString::operator==(const OCAnsiString& other) const {
+    return length == other.length && std::memcmp(data, other.data, length) == 0;
+}
+
+bool OCAnsiString::operator==(const OCWideString& other) const {
+    return *this == OCAnsiString(other);
+}
+
+bool OCAnsiString::operator!=(const OCWideString& other) const {
+    return *this != OCAnsiString(other);
+}
+
+bool OCAnsiString::operator<(const OCWideString& other) const {
+    return *this < OCAnsiString(other);
+}
+
+bool OCAnsiString::operator<=(const OCWideString& other) const {
+    return *this <= OCAnsiString(other);
+}
+
+bool OCAnsiString::operator>(const OCWideString& other) const {
+    return *this > OCAnsiString(other);
+}
+
+bool OCAnsiString::operator>=(const OCWideString& other) const {
+    return *this >= OCAnsiString(other);
+}
+
+bool operator==(const char* left, const OCAnsiString& right) {
+    return right == OCAnsiString(left);
+}
+
+bool operator!=(const char* left, const OCAnsiString& right) {
+    return right != OCAnsiString(left);
+}
+
+bool operator<(const char* left, const OCAnsiString& right) {
+    return right > OCAnsiString(left);
+}
+
+bool operator<=(const char* left, const OCAnsiString& right) {
+    return right >= OCAnsiString(left);
+}
+
+bool operator>(const char* left, const OCAnsiString& right) {
+    return right < OCAnsiString(left);
+}
+
+bool operator>=(const char* left, const OCAnsiString& right) {
+    return right <= OCAnsiString(left);
+}
+
+bool OCAnsiString::indexOf(char c, unsigned long& position, OEStringCase sense) const {
+    const unsigned long index = sense == StringCaseInsensitive
+                                    ? orvabase::kernels::findByteFolded(data, length, c)
+                                    : orvabase::kernels::findByte(data, length, c);
+    if (index == orvabase::kernels::notFound)
+        return false;
+    position = index;
+    return true;
+}
+
+bool OCAnsiString::indexOf(const OCAnsiString& text, unsigned long& position,
+                           OEStringCase sense) const {
+    if (text.length == 0 || text.length > length)
+        return false;
+    const unsigned long index = findText(data, length, text, sense);
+    if (index == orvabase::kernels::notFound)
+        return false;
+    position = index;
+    return true;
+}
+
+bool OCAnsiString::contains(char c, OEStringCase sense) const {
+    unsigned long position = 0;
+    return indexOf(c, position, sense);
+}
+
+bool OCAnsiString::contains(const OCAnsiString& text, OEStringCase sense) const {
+    unsigned long position = 0;
+    return indexOf(text, position, sense);
+}
+
+OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString& to,
+                                    OEStringCase sense) {
+    if (from.length == 0 || from.length > length)
+        return *this;
+    // Size the result first, so that it takes one allocation and this string stays whole until it
+    // is there.
+    unsigned long hits = 0;
+    unsigned long found = 0;
+    for (unsigned long at = 0;
+         (found = findText(data + at, length - at, from, sense)) != orvabase::kernels::notFound;
+         at += found + from.length)
+        ++hits;
+    if (hits == 0)
+        return *this;
+    const unsigned long kept = length - hits * from.length;
+    if (to.length > (longest - kept) / hits)
+        throw OXMemory_AllocationError();
+    OCAnsiString result;
+    result.setLength(kept + hits * to.length);
+    char* out = result.data;
+    unsigned long at = 0;
+    for (; hits > 0; --hits) {
+        found = findText(data + at, length - at, from, sense);
+        stringCopy(out, data + at, found);
+        stringCopy(out + found, to.data, to.length);
+        out += found + to.length;
+        at += found + from.length;
+    }
+    stringCopy(out, data + at, length - at);
+    return *this = static_cast<OCAnsiString&&>(result);
+}
+
+// URL form
+
+OCAnsiString& OCAnsiString::escape() {
+    unsigned long n = 0;
+    for (unsigned long i = 0; i < length; ++i)
+        n = sum(n, escapeTables.width[static_cast<unsigned char>(data[i])]);
+    OCAnsiString result;
+    result.setLength(n);
+    char* out = result.data;
+    for (unsigned long i = 0; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(data[i]);
+        if (escapeTables.width[byte] == 1) {
+            *out++ = byte == ' ' ? '+' : data[i];
+        } else {
+            *out++ = '%';
+            *out++ = hexDigits[byte >> 4];
+            *out++ = hexDigits[byte & 15];
+        }
+    }
+    return *this = static_cast<OCAnsiString&&>(result);
+}
+
+OCAnsiString& OCAnsiString::unescape() {
+    unsigned long n = length;
+    for (unsigned long i = 0; i < length; ++i) {
+        if (data[i] == '%' && escapedByte(data, length, i) >= 0) {
+            n -= 2;
+            i += 2;
+        }
+    }
+    OCAnsiString result;
+    result.setLength(n);
+    char* out = result.data;
+    for (unsigned long i = 0; i < length; ++i) {
+        const int byte = data[i] == '%' ? escapedByte(data, length, i) : -1;
+        if (byte >= 0) {
+            *out++ = static_cast<char>(byte);
+            i += 2;
+        } else
+            *out++ = data[i] == '+' ? ' ' : data[i];
+    }
+    return *this = static_cast<OCAnsiString&&>(result);
+}
+
+// Streams
+
+std::ostream& operator<<(std::ostream& stream, const OCAnsiString& text) {
+    if (text.getLength() > 0)
+        stream.write(text.getString(), static_cast<std::streamsize>(text.getLength()));
+    return stream;
+}
+
+std::ostream& operator<<(std::ostream& stream, const OCWideString& text) {
+    return stream << OCAnsiString(text);
+}
+
+// Exceptions
+
+OXString::OXString() = default;
+OXString::~OXString() noexcept = default;
+
+OXString_NoSuchIndex::OXString_NoSuchIndex(unsigned long index) {
+    setClass("OXString_NoSuchIndex");
+    setMessage("String index out of bounds");
+    getDetails().addString(OCStringConversion::fromSize(index, 10));
+}
+
+OXString_NoSuchIndex::~OXString_NoSuchIndex() noexcept = default;
