@@ -476,30 +476,6 @@ bool OCAnsiString::operator==(const OCAnsiString& other) const {
     return length == other.length && std::memcmp(data, other.data, length) == 0;
 }
 
-bool OCAnsiString::operator==(const OCWideString& other) const {
-    return *this == OCAnsiString(other);
-}
-
-bool OCAnsiString::operator!=(const OCWideString& other) const {
-    return *this != OCAnsiString(other);
-}
-
-bool OCAnsiString::operator<(const OCWideString& other) const {
-    return *this < OCAnsiString(other);
-}
-
-bool OCAnsiString::operator<=(const OCWideString& other) const {
-    return *this <= OCAnsiString(other);
-}
-
-bool OCAnsiString::operator>(const OCWideString& other) const {
-    return *this > OCAnsiString(other);
-}
-
-bool OCAnsiString::operator>=(const OCWideString& other) const {
-    return *this >= OCAnsiString(other);
-}
-
 bool operator==(const char* left, const OCAnsiString& right) {
     return right == OCAnsiString(left);
 }
