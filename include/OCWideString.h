@@ -110,6 +110,8 @@ public:
     OCWideString& append(const wchar_t* text, unsigned long count);
     OCWideString& append(const OCWideString& text) { return append(text.data, text.length); }
     OCWideString& operator+=(const OCWideString& text) { return append(text); }
+    OCWideString& operator+=(const wchar_t* text) { return append(text); }
+    OCWideString& operator+=(wchar_t c) { return append(c); }
     /// A new string: this one with `other` appended.
     OCWideString concat(const OCWideString& other) const;
     OCWideString operator+(const OCWideString& text) const { return concat(text); }
@@ -187,7 +189,8 @@ private:
     void changeCapacity(unsigned long n);
     void releaseBlock() noexcept;
     void takeFrom(OCWideString& other) noexcept;
-    void replaceShrinking(const OCWideString& from, const OCWideString& to, OEStringCase sense);
+    void replaceShrinking(const OCWideString& from, const OCWideString& to,
+                          OEStringCase sense) noexcept;
     void replaceGrowing(const OCWideString& from, const OCWideString& to, OEStringCase sense);
 
     template<typename Text>

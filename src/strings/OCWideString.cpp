@@ -13,9 +13,6 @@ constexpr unsigned long capacityStep = 64;
 constexpr unsigned long localCapacity = 128;
 constexpr unsigned long maximumLength = ~0UL / sizeof(wchar_t) - capacityStep;
 
-// Kernels may need memory for longer patterns.
-constexpr unsigned long maximumPatternWithoutMemory = 127;
-
 unsigned long capacityFor(unsigned long length) {
     if (length > maximumLength)
         throw OXMemory_AllocationError();
@@ -338,7 +335,7 @@ OCWideString& OCWideString::replace(const OCWideString& from, const OCWideString
         return replace(from, OCWideString(to), sense);
     if (&from == this) // the whole text is the one occurrence
         return assign(to);
-    if (to.length <= from.length && from.length <= maximumPatternWithoutMemory)
+    if (to.length <= from.length)
         replaceShrinking(from, to, sense);
     else
         replaceGrowing(from, to, sense);
@@ -347,7 +344,7 @@ OCWideString& OCWideString::replace(const OCWideString& from, const OCWideString
 
 /// Replaces in place; nothing here can fail.
 void OCWideString::replaceShrinking(const OCWideString& from, const OCWideString& to,
-                                    OEStringCase sense) {
+                                    OEStringCase sense) noexcept {
     unsigned long readPlace = 0;
     unsigned long writePlace = 0;
     for (;;) {
