@@ -11,6 +11,11 @@ enum OEStringListCase : int { StringListCaseInsensitive = 0, StringListCaseSensi
 /// Whether a string list keeps itself sorted. Only 1 is sorted.
 enum OEStringListMode : int { StringListModeUnsorted = 0, StringListModeSorted = 1 };
 
+/// The comparison functions of string lists, for vectors of `OCAnsiString`: null is less than any
+/// string and equal to null.
+ORVABASE_EXPORT OECompareResult stringListCompareSensitive(const OCObject* a, const OCObject* b);
+ORVABASE_EXPORT OECompareResult stringListCompareInsensitive(const OCObject* a, const OCObject* b);
+
 /// A list of strings that owns them, in insertion order or kept sorted (look-ups are binary
 /// searches then).
 ///
@@ -95,7 +100,10 @@ public:
     /// @throws OXVector_NullElement when a slot is null; the list is then partly sorted.
     void sort();
     /// The comparison function of the list's case.
-    OCVector::Comparator compareFunction() const;
+    OCVector::Comparator compareFunction() const {
+        return listCase == StringListCaseInsensitive ? stringListCompareInsensitive
+                                                     : stringListCompareSensitive;
+    }
 
     /// Replaces the list by the lines of the stream, from its position to its end.
     void loadFromStream(OCStream& stream);
@@ -111,17 +119,28 @@ public:
     bool indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const;
 
 private:
+    friend class OCStringListUtilities;
+
+    static constexpr unsigned long notSkipped = ~0UL;
+
     [[noreturn]] void throwMissingString(unsigned long index) const;
+    OEStringCase getSense() const {
+        return listCase == StringListCaseInsensitive ? StringCaseInsensitive : StringCaseSensitive;
+    }
+    void addString(const char* text, unsigned long count);
+    void appendStrings(const OCVector& source);
+    /// Gives `string` its place; it is the list's own when this returns.
+    void insertString(OCAnsiString& string);
+    /// Replaces the string at `index` and moves it to its place, in the slots that the list has.
+    void moveString(unsigned long index, const OCAnsiString& text);
+    void copySlot(unsigned long to, unsigned long from);
+    /// The binary search, in the list without slot `skipped`.
+    bool search(const OCAnsiString& text, unsigned long& index, unsigned long skipped) const;
 
     OEStringListCase listCase;
     OEStringListMode listMode;
     OCVector strings;
 };
-
-/// The comparison functions of string lists, for vectors of `OCAnsiString`: null is less than any
-/// string and equal to null.
-ORVABASE_EXPORT OECompareResult stringListCompareSensitive(const OCObject* a, const OCObject* b);
-ORVABASE_EXPORT OECompareResult stringListCompareInsensitive(const OCObject* a, const OCObject* b);
 
 /// Turns string lists into line-oriented text and back. Lines are written with CR LF; CR LF, CR and
 /// LF each end a line that is read.

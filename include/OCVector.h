@@ -30,7 +30,7 @@ public:
 
     /// Takes `other`'s block size, capacity and pointers. A vector assigned to itself stays as it
     /// is.
-    /// @throws OXMemory_AllocationError when memory is exhausted; the vector may then be empty.
+    /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     OCVector& assign(const OCVector& other);
 
     /// Sets the block size back to 64 and drops all slots. The elements are not deleted.
@@ -57,7 +57,13 @@ public:
     /// Appends a pointer to `element`.
     /// @throws OXMemory_AllocationError when memory is exhausted. Note: the count is then already
     /// raised by one, and the new slot reads as a null element.
-    void addElement(OCObject& element);
+    void addElement(OCObject& element) {
+        // With the usual block size the slots of whole blocks need no growth.
+        if (blockSize == 64 && count < (capacity & ~63UL))
+            elements[count++] = &element;
+        else
+            growAndAdd(element);
+    }
     /// Inserts before `index`.
     ///
     /// Note: `index` must be below the count, so nothing can be inserted at the end: use
@@ -110,6 +116,12 @@ private:
             throwNullElement(index);
         return elements[index];
     }
+    /// The slots for `n` elements: `n` raised to a multiple of `step`, which is not 0.
+    static unsigned long calculateCapacity(unsigned long n, unsigned long step);
+    /// Makes the array exactly `slots` slots long; slots in use that come into being are null.
+    void reallocateSlots(unsigned long slots);
+    void nullSlots(unsigned long from, unsigned long to);
+    void growAndAdd(OCObject& element);
 
     OCObject** elements;
     unsigned long blockSize;
