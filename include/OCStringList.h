@@ -37,7 +37,7 @@ public:
     ~OCStringList() noexcept override;
 
     /// Takes `other`'s case, mode and copies of its strings; null slots are not copied.
-    /// @throws OXMemory_AllocationError when memory is exhausted; the list then holds a part.
+    /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     OCStringList& assign(const OCStringList& other);
     /// Adds copies of `other`'s strings in order, each at its place in a sorted list; null slots
     /// are skipped. A list appended to itself doubles what it held.

@@ -108,6 +108,9 @@ public:
     [[noreturn]] static void throwNullElement(unsigned long index);
 
 private:
+    friend class OCStringList;
+
+    void swap(OCVector& other) noexcept;
     OCObject* checkedSlot(unsigned long index) const {
         if (index >= count)
             throwNoSuchIndex(index);

@@ -63,7 +63,7 @@ OECompareResult stringListCompareInsensitive(const OCObject* a, const OCObject* 
 }
 
 OCStringList::OCStringList(const OCStringList& other)
-    : listCase(other.listCase), listMode(other.listMode) {
+    : OCStringList(other.listCase, other.listMode) {
     append(other);
 }
 
@@ -78,10 +78,11 @@ OCStringList::~OCStringList() noexcept {
 OCStringList& OCStringList::assign(const OCStringList& other) {
     if (this == &other)
         return *this;
-    clear();
-    listCase = other.listCase;
-    listMode = other.listMode;
-    return append(other);
+    OCStringList copy(other);
+    listCase = copy.listCase;
+    listMode = copy.listMode;
+    strings.swap(copy.strings);
+    return *this;
 }
 
 OCStringList& OCStringList::append(const OCStringList& other) {

@@ -4,6 +4,7 @@
 #include "OCStringConversion.h"
 
 #include <algorithm>
+#include <utility>
 
 OXVector::OXVector() = default;
 
@@ -149,6 +150,13 @@ OCVector& OCVector::assign(const OCVector& other) {
     memoryCopy(elements, other.elements, held * sizeof(OCObject*));
     nullSlots(held, count);
     return *this;
+}
+
+void OCVector::swap(OCVector& other) noexcept {
+    std::swap(elements, other.elements);
+    std::swap(blockSize, other.blockSize);
+    std::swap(capacity, other.capacity);
+    std::swap(count, other.count);
 }
 
 void OCVector::clear() {
