@@ -4,6 +4,8 @@
 #include "OCMemoryBuffer.h"
 #include "OCStream.h"
 
+class OCStringArray;
+
 /// A stream over memory that grows as it is written.
 ///
 /// The storage grows in whole blocks and never shrinks before the stream is destroyed. The position
@@ -69,6 +71,8 @@ public:
     unsigned long seekFromEnd(long offset) const noexcept;
 
 private:
+    friend class OCStringArray; // hands out the storage itself
+
     void growFor(unsigned long count);
 
     OCMemoryBuffer buffer;

@@ -1,7 +1,9 @@
 #include "OCStringList.h"
 
+#include "OCFileStream.h"
 #include "OCMemory.h"
 #include "OCStringConversion.h"
+#include "OCStringUtilities.h"
 #include "core/OCKernels.h"
 
 OXStringList::OXStringList() = default;
@@ -252,6 +254,24 @@ void OCStringList::sort() {
     strings.sort(compareFunction());
 }
 
+void OCStringList::loadFromStream(OCStream& stream) {
+    OCStringListUtilities::importStream(*this, stream);
+}
+
+void OCStringList::saveToStream(OCStream& stream) const {
+    OCStringListUtilities::exportStream(*this, stream);
+}
+
+void OCStringList::loadFromFile(const OCFilePath& path) {
+    OCFileStream stream(path, FileCreateModeRead, FileShareModeRead);
+    loadFromStream(stream);
+}
+
+void OCStringList::saveToFile(const OCFilePath& path) const {
+    OCFileStream stream(path, FileCreateModeCreate, FileShareModeReadWrite);
+    saveToStream(stream);
+}
+
 unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list) {
     unsigned long length = 0;
     for (unsigned long i = 0; i < list.getCount(); ++i) {
@@ -307,4 +327,13 @@ void OCStringListUtilities::importString(OCStringList& list, const OCAnsiString&
         if (line != end && *line == '\n')
             ++line;
     }
+}
+
+void OCStringListUtilities::exportStream(const OCStringList& list, OCStream& stream) {
+    for (unsigned long i = 0; i < list.getCount(); ++i)
+        OCStringUtilities::exportStream(list.getString(i) + "\r\n", stream);
+}
+
+void OCStringListUtilities::importStream(OCStringList& list, OCStream& stream) {
+    importString(list, OCStringUtilities::importStream(stream));
 }

@@ -1,0 +1,62 @@
+#include "OCStringArray.h"
+
+#include "OCMemory.h"
+
+char* OCStringArray::s_pchNull = nullptr;
+
+OCStringArray::OCStringArray() : strings(StringListCaseInsensitive, StringListModeUnsorted) {
+    rebuildPointers();
+}
+
+OCStringArray::OCStringArray(const OCStringArray& other) : OCStringArray() {
+    assign(other);
+}
+
+OCStringArray::~OCStringArray() noexcept = default;
+
+OCStringArray& OCStringArray::assign(const OCStringArray& other) {
+    if (this == &other)
+        return *this;
+    reservePointers(other.getCount());
+    strings.assign(other.strings);
+    rebuildPointers();
+    return *this;
+}
+
+void OCStringArray::addString(const OCAnsiString& text) {
+    const unsigned long count = getCount();
+    reservePointers(count + 1);
+    try {
+        strings.addString(text);
+    } catch (...) {
+        strings.setCount(count); // the list may have counted the string that it could not take
+        throw;
+    }
+    // The strings that were there keep their characters: only the end of the array changes.
+    pointers.setPosition(count * sizeof(char*));
+    writePointer(strings.getString(count).getString());
+    writePointer(s_pchNull);
+}
+
+void OCStringArray::rebuildPointers() {
+    const unsigned long count = getCount();
+    reservePointers(count);
+    pointers.setSize(0);
+    for (unsigned long i = 0; i < count; ++i)
+        writePointer(strings.getString(i).getString());
+    writePointer(s_pchNull);
+}
+
+void OCStringArray::reservePointers(unsigned long stringCount) {
+    const unsigned long size = (stringCount + 1) * sizeof(char*);
+    if (size <= pointers.getCapacity())
+        return;
+    // Storage that the stream has got once, it keeps.
+    const unsigned long held = pointers.getSize();
+    pointers.setSize(size);
+    pointers.setSize(held);
+}
+
+void OCStringArray::writePointer(char* characters) {
+    pointers.writeBuffer(&characters, sizeof characters);
+}
