@@ -34,6 +34,13 @@ struct Form {
 
 /// Character by character: what the other forms must agree with.
 extern const Form plainForm;
+/// For every x86-64 machine.
+extern const Form sse2Form;
+/// Only for a machine that has AVX2.
+extern const Form avx2Form;
+
+/// The form that the kernels use for all but short runs: the fastest that this machine can.
+const Form& formInUse() noexcept;
 
 } // namespace orvabase::kernels
 
