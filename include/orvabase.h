@@ -11,6 +11,7 @@
 #include "OCDateTime.h"
 #include "OCDateTimeFormat.h"
 #include "OCDateTimeParser.h"
+#include "OCDtdParser.h"
 #include "OCEvent.h"
 #include "OCExport.h"
 #include "OCFilePath.h"
@@ -34,6 +35,8 @@
 #include "OCThread.h"
 #include "OCVector.h"
 #include "OCWideString.h"
+#include "OCXmlParser.h"
+#include "OCXmlParserReader.h"
 #include "OXException.h"
 
 #endif
