@@ -1,6 +1,7 @@
 #ifndef ORVABASE_OCKERNELSHORT_H
 #define ORVABASE_OCKERNELSHORT_H
 
+#include "core/OCKernelAnchors.h"
 #include "core/OCKernelSse2.h"
 #include "core/OCKernels.h"
 
@@ -102,6 +103,13 @@ inline const char* bytesOf(const Character* p) noexcept {
 template<class Character>
 inline unsigned long indexOfLowest(unsigned int marked) noexcept {
     return static_cast<unsigned long>(__builtin_ctz(marked)) / sizeof(Character);
+}
+
+/// Clears the bits of the first character that is marked.
+template<class Character>
+inline unsigned int withoutLowest(unsigned int marked) noexcept {
+    constexpr unsigned int one = (1U << sizeof(Character)) - 1;
+    return marked & ~(one << __builtin_ctz(marked));
 }
 
 template<class Character, class Test>
@@ -224,17 +232,17 @@ inline unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     return i;
 }
 
-/// The places of the text, `isBrief` in number, that hold both characters of the pattern which are
-/// looked for, one bit for each byte.
+/// The places of the text, `isBrief` in number, that hold both anchors of the pattern: one bit for
+/// each byte.
 template<class Character, bool folded>
-inline unsigned int candidates(const Character* text, unsigned long places, Character first,
-                               Character second, unsigned long distance) noexcept {
-    const sse2::EqualTest<Character, folded> firstTest(first);
-    const sse2::EqualTest<Character, folded> secondTest(second);
-    const char* bytes = bytesOf(text);
-    const char* others = bytesOf(text + distance);
+inline unsigned int candidates(const Character* text, unsigned long places,
+                               const Character* pattern, Anchors anchors) noexcept {
+    const sse2::EqualTest<Character, folded> first(pattern[anchors.first]);
+    const sse2::EqualTest<Character, folded> second(pattern[anchors.second]);
+    const char* firsts = bytesOf(text + anchors.first);
+    const char* seconds = bytesOf(text + anchors.second);
     return marks(places * sizeof(Character), [&](auto run, unsigned long at) {
-        return sse2::both(firstTest(run.load(bytes + at)), secondTest(run.load(others + at)));
+        return sse2::both(first(run.load(firsts + at)), second(run.load(seconds + at)));
     });
 }
 

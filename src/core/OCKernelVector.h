@@ -254,15 +254,69 @@ private:
     unsigned long spent = 0; // characters compared in vain
 };
 
-/// The last character that differs from the first (so that a text of one repeated character is
-/// passed over), or simply the last.
+/// Looks at the places from `from` up to `end`, of which there are a register's worth at least.
 template<class Character, bool folded>
-inline unsigned long secondAnchor(const Character* pattern, unsigned long patternCount) noexcept {
-    unsigned long i = patternCount - 1;
-    while (i > 0 && same<folded>(pattern[i], pattern[0])) {
-        --i;
+KERNEL_TARGET bool searchPlaces(Candidates<Character, folded>& search, const Character* text,
+                                unsigned long from, unsigned long end, const Character* pattern,
+                                Anchors anchors) noexcept {
+    using L = Lanes<Character>;
+    constexpr unsigned long step = L::count;
+    const EqualTest<Character, folded> first(pattern[anchors.first]);
+    const EqualTest<Character, folded> second(pattern[anchors.second]);
+    const Character* firsts = text + anchors.first;
+    const Character* seconds = text + anchors.second;
+    unsigned long i = from;
+    if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i)))))) {
+        return true;
     }
-    return i > 0 ? i : patternCount - 1;
+    i += untilAligned(firsts + i);
+    for (; i + 4 * step <= end; i += 4 * step) {
+        Register a = first(load(firsts + i));
+        Register b = first(load(firsts + i + step));
+        Register c = first(load(firsts + i + 2 * step));
+        Register d = first(load(firsts + i + 3 * step));
+        if (L::bits(either(either(a, b), either(c, d))) == 0) {
+            continue;
+        }
+        a = both(a, second(load(seconds + i)));
+        b = both(b, second(load(seconds + i + step)));
+        c = both(c, second(load(seconds + i + 2 * step)));
+        d = both(d, second(load(seconds + i + 3 * step)));
+        if (L::bits(either(either(a, b), either(c, d))) == 0) {
+            continue;
+        }
+        if (search.decide(i, L::bits(a)) || search.decide(i + step, L::bits(b)) ||
+            search.decide(i + 2 * step, L::bits(c)) || search.decide(i + 3 * step, L::bits(d))) {
+            return true;
+        }
+    }
+    for (; i + step <= end; i += step) {
+        if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i)))))) {
+            return true;
+        }
+    }
+    if (i >= end) {
+        return false;
+    }
+    const unsigned long last = end - step;
+    const unsigned int hits =
+        L::bits(both(first(load(firsts + last)), second(load(seconds + last))));
+    return search.decide(i, hits >> (i - last));
+}
+
+template<class Character, bool folded>
+KERNEL_TARGET unsigned long briefFindText(const Character* text, unsigned long places,
+                                          const Character* pattern, unsigned long patternCount,
+                                          Anchors anchors) noexcept {
+    unsigned int marked = brief::candidates<Character, folded>(text, places, pattern, anchors);
+    while (marked != 0) {
+        const unsigned long start = brief::indexOfLowest<Character>(marked);
+        if (formMismatch<Character, folded>(text + start, pattern, patternCount) == patternCount) {
+            return start;
+        }
+        marked = brief::withoutLowest<Character>(marked);
+    }
+    return notFound;
 }
 
 /// Looks for the places where two characters of the pattern stand and compares only there.
@@ -270,8 +324,6 @@ template<class Character, bool folded>
 KERNEL_TARGET unsigned long formFindText(const Character* text, unsigned long count,
                                          const Character* pattern,
                                          unsigned long patternCount) noexcept {
-    using L = Lanes<Character>;
-    constexpr unsigned long step = L::count;
     if (patternCount == 0 || patternCount > count) {
         return notFound;
     }
@@ -279,62 +331,18 @@ KERNEL_TARGET unsigned long formFindText(const Character* text, unsigned long co
         return formFind<Character, folded>(text, count, pattern[0]);
     }
     const unsigned long places = count - patternCount + 1;
-    const unsigned long distance = secondAnchor<Character, folded>(pattern, patternCount);
-    if (places < step) {
-        unsigned int marked = brief::candidates<Character, folded>(text, places, pattern[0],
-                                                                   pattern[distance], distance);
-        while (marked != 0) {
-            const unsigned long start = brief::indexOfLowest<Character>(marked);
-            if (formMismatch<Character, folded>(text + start, pattern, patternCount) ==
-                patternCount) {
-                return start;
-            }
-            marked &= marked - 1;
-            // A wide character has four marks.
-            if constexpr (sizeof(Character) == 4) {
-                marked &= ~0U << (start * 4 + 3) << 1;
-            }
-        }
-        return notFound;
+    const Anchors quick = quickAnchors<Character, folded>(pattern, patternCount);
+    if (places < Lanes<Character>::count) {
+        return briefFindText<Character, folded>(text, places, pattern, patternCount, quick);
     }
-    const EqualTest<Character, folded> first(pattern[0]);
-    const EqualTest<Character, folded> second(pattern[distance]);
-    const Character* other = text + distance;
+    // Many searches end soon. For those that do not, a better choice is worth its time.
+    constexpr unsigned long soon = 512;
     Candidates<Character, folded> search(text, count, pattern, patternCount);
-    if (search.decide(0, L::bits(both(first(load(text)), second(load(other)))))) {
-        return search.result;
-    }
-    unsigned long i = untilAligned(text);
-    for (; i + 4 * step <= places; i += 4 * step) {
-        Register a = first(load(text + i));
-        Register b = first(load(text + i + step));
-        Register c = first(load(text + i + 2 * step));
-        Register d = first(load(text + i + 3 * step));
-        if (L::bits(either(either(a, b), either(c, d))) == 0) {
-            continue;
-        }
-        a = both(a, second(load(other + i)));
-        b = both(b, second(load(other + i + step)));
-        c = both(c, second(load(other + i + 2 * step)));
-        d = both(d, second(load(other + i + 3 * step)));
-        if (L::bits(either(either(a, b), either(c, d))) == 0) {
-            continue;
-        }
-        if (search.decide(i, L::bits(a)) || search.decide(i + step, L::bits(b)) ||
-            search.decide(i + 2 * step, L::bits(c)) || search.decide(i + 3 * step, L::bits(d))) {
-            return search.result;
-        }
-    }
-    for (; i + step <= places; i += step) {
-        if (search.decide(i, L::bits(both(first(load(text + i)), second(load(other + i)))))) {
-            return search.result;
-        }
-    }
-    if (i < places) {
-        const unsigned long last = places - step;
-        const unsigned int hits =
-            L::bits(both(first(load(text + last)), second(load(other + last))));
-        search.decide(i, hits >> (i - last));
+    if (places < 2 * soon) {
+        searchPlaces(search, text, 0, places, pattern, quick);
+    } else if (!searchPlaces(search, text, 0, soon, pattern, quick)) {
+        searchPlaces(search, text, soon, places, pattern,
+                     rareAnchors<Character, folded>(pattern, patternCount));
     }
     return search.result;
 }

@@ -33,7 +33,9 @@ unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
 
 } // namespace
 
-const Form& formInUse() noexcept { return *chosen; }
+const Form& formInUse() noexcept {
+    return *chosen;
+}
 
 unsigned long findByte(const char* text, unsigned long count, char c) noexcept {
     return brief::isBrief<char>(count)
