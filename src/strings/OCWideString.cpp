@@ -167,14 +167,14 @@ OCWideString& OCWideString::append(const wchar_t* text) {
 OCWideString& OCWideString::append(const wchar_t* text, unsigned long count) {
     const unsigned long oldLength = length;
     const unsigned long newLength = extendedLength(oldLength, count);
-    if (newLength < capacity)
+    const unsigned long newCapacity = capacityFor(newLength);
+    if (newCapacity == capacity || newCapacity <= localCapacity)
         stringCopy(data + oldLength, text, count);
     else if (data == localBuffer) {
-        wchar_t* const block = allocateBlock(capacityFor(newLength));
+        wchar_t* const block = allocateBlock(newCapacity);
         stringCopy(block, data, oldLength);
         stringCopy(block + oldLength, text, count);
         data = block;
-        capacity = capacityFor(newLength);
     } else {
         // The text may lie in the block that is about to move.
         const auto offset =
@@ -184,6 +184,7 @@ OCWideString& OCWideString::append(const wchar_t* text, unsigned long count) {
         stringCopy(data + oldLength, inside ? data + offset / sizeof(wchar_t) : text, count);
     }
     data[newLength] = 0;
+    capacity = newCapacity;
     length = newLength;
     return *this;
 }
@@ -411,7 +412,6 @@ void OCWideString::changeCapacity(unsigned long n) {
         if (data != localBuffer) {
             stringCopy(localBuffer, data, n < length ? n : length);
             releaseBlock();
-            data = localBuffer;
         }
     } else if (data == localBuffer) {
         wchar_t* const block = allocateBlock(newCapacity);
@@ -431,9 +431,10 @@ void OCWideString::changeCapacity(unsigned long n) {
     capacity = newCapacity;
 }
 
+/// Gives the block back; the characters are gone with it.
 void OCWideString::releaseBlock() noexcept {
-    wchar_t* block = data;
-    stringRelease(block);
+    stringRelease(data);
+    data = localBuffer;
 }
 
 /// Takes over `other`'s content; what this string held is gone before.

@@ -1,0 +1,2 @@
+#define MIXED_COMPARISON MixedComparison
+#include "MixedComparison.h"
