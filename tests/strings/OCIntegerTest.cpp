@@ -33,7 +33,13 @@ std::string printed(const Object& object) {
 template<typename Wrapper>
 class IntegerTest : public testing::Test {};
 using Wrappers = testing::Types<OCSignedInteger, OCUnsignedInteger>;
-TYPED_TEST_SUITE(IntegerTest, Wrappers);
+struct WrapperNames {
+    template<class Wrapper>
+    static std::string GetName(int) {
+        return std::is_same_v<Wrapper, OCSignedInteger> ? "Signed" : "Unsigned";
+    }
+};
+TYPED_TEST_SUITE(IntegerTest, Wrappers, WrapperNames);
 
 TYPED_TEST(IntegerTest, HoldsTheValueItIsMadeFrom) {
     const TypeParam original(4711);
