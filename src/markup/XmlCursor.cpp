@@ -248,7 +248,7 @@ bool XmlCursor::find(const wchar_t* text, unsigned long count) {
 }
 
 bool XmlCursor::acceptAvailableName(const wchar_t* name, unsigned long count) {
-    if (available() <= count || !endsName(at[count]) || std::wmemcmp(at, name, count) != 0)
+    if (count == 0 || available() <= count || !endsName(at[count]) || std::wmemcmp(at, name, count) != 0)
         return false;
     at += count;
     return true;
