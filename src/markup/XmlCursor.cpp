@@ -3,6 +3,7 @@
 #include "OCMemory.h"
 #include "core/OCKernels.h"
 
+#include <cstring>
 #include <cwchar>
 
 namespace orvabase {
@@ -13,37 +14,39 @@ namespace {
 /// batch, so that moving what is left of it to the front costs little.
 constexpr unsigned long storageLength = 4095;
 
-/// How much of a token is put aside before the token's own string grows. A string grows in small
-/// steps; in steps of this size even the largest text takes few.
-constexpr unsigned long pendingMaximum = 128 * 1024 - 1;
+/// A string grows to exactly what it holds. While a long token is collected its string grows by
+/// the token's length at a time until this, and by the longest step from then on. What it has too
+/// much in the end is given back, and is never more than a step.
+constexpr unsigned long longToken = 32 * 1024;
+constexpr unsigned long longestStep = 128 * 1024;
 
 /// Texts up to this length are searched for by their first character; longer ones by a search that
 /// stays linear when they repeat themselves.
 constexpr unsigned long shortText = 8;
 
-/// The characters below 128 that end a name: white space and `( ) * + / = > ? [`.
-struct NameEnds {
-    bool ends[128];
+/// Strings below this length are always held inside the object.
+constexpr unsigned long shortToken = 64;
 
-    constexpr NameEnds() : ends() {
-        for (int c = 0; c <= 32; ++c)
-            ends[c] = true;
-        for (const char c : "()*+/=>?[")
-            ends[static_cast<int>(c)] = true;
+/// Copies a short run in blocks of four characters, the last of which overlaps the one before. Most
+/// names and values are so short that calling a general copy takes longer than copying.
+void copyShort(wchar_t* to, const wchar_t* from, unsigned long count) noexcept {
+    constexpr unsigned long block = 4;
+    if (count < block) {
+        for (unsigned long i = 0; i < count; ++i)
+            to[i] = from[i];
+        return;
     }
-};
-constexpr NameEnds nameEnds;
-
-bool endsName(wchar_t c) {
-    const auto value = static_cast<unsigned int>(c);
-    return value < 128 ? nameEnds.ends[value] : c < 0;
+    const unsigned long last = count - block;
+    for (unsigned long i = 0; i < last; i += block)
+        std::memcpy(to + i, from + i, block * sizeof(wchar_t));
+    std::memcpy(to + last, from + last, block * sizeof(wchar_t));
 }
 
 } // namespace
 
 XmlCursor::XmlCursor(OCXmlParserReader& input, Access inputAccess)
     : reader(input), access(inputAccess), at(nullptr), end(nullptr), storageEnd(nullptr),
-      mark(nullptr), sink(nullptr), sinkLength(0), pendingLength(0) {
+      mark(nullptr), sink(nullptr), sinkLength(0) {
     if (access == Private)
         reader.buffer.setLength(storageLength);
     load();
@@ -143,74 +146,89 @@ void XmlCursor::fill() {
     end = to;
 }
 
-/// Puts the collected characters aside, so that their place can be reused.
+/// Puts the collected characters into the sink, so that their place can be reused.
 void XmlCursor::stash() {
     const auto count = static_cast<unsigned long>(at - mark);
-    if (count == 0)
-        return;
-    if (count > pendingMaximum - pendingLength)
-        flush();
-    if (count > pendingMaximum) {
-        sink->setLength(sinkLength);
-        sink->append(mark, count);
-        sinkLength += count;
-    } else {
-        reservePending(pendingLength + count);
-        std::wmemcpy(pending.getString() + pendingLength, mark, count);
-        pendingLength += count;
-    }
+    const unsigned long total = sinkLength + count;
+    if (sink->getLength() < total)
+        sink->setLength(total + (total < longToken ? total : longestStep));
+    std::wmemcpy(sink->getString() + sinkLength, mark, count);
+    sinkLength = total;
     mark = at;
-}
-
-void XmlCursor::flush() {
-    sink->setLength(sinkLength);
-    sink->append(pending.getString(), pendingLength);
-    sinkLength += pendingLength;
-    pendingLength = 0;
-}
-
-void XmlCursor::reservePending(unsigned long length) {
-    unsigned long reserved = pending.getLength();
-    if (length <= reserved)
-        return;
-    while (reserved < length)
-        reserved = reserved * 2 + 1;
-    pending.setLength(reserved < pendingMaximum ? reserved : pendingMaximum);
 }
 
 void XmlCursor::endToken() {
     const auto count = static_cast<unsigned long>(at - mark);
-    if (sinkLength == 0 && pendingLength == 0)
+    if (sinkLength == 0)
         sink->assign(mark, count);
     else {
-        sink->setLength(sinkLength + pendingLength + count);
-        wchar_t* const to = sink->getString() + sinkLength;
-        std::wmemcpy(to, pending.getString(), pendingLength);
-        std::wmemcpy(to + pendingLength, mark, count);
+        sink->setLength(sinkLength + count);
+        std::wmemcpy(sink->getString() + sinkLength, mark, count);
     }
     sink = nullptr;
+}
+
+/// Consumes `count` available characters and makes them the content of `text`.
+void XmlCursor::take(unsigned long count, OCWideString& text) {
+    if (count < shortToken)
+        copyShort(text.setLength(count).getString(), at, count);
+    else
+        text.assign(at, count);
+    at += count;
 }
 
 bool XmlCursor::skipWhiteSpace() {
     if (!need(1) || *at > 32)
         return false;
-    do {
-        do
-            ++at;
-        while (at != end && *at <= 32);
-    } while (at == end && need(1) && *at <= 32);
+    ++at;
+    if (at != end && *at > 32)
+        return true; // a single space, which is what mostly stands before an attribute
+    do
+        at += kernels::skipWideWhiteSpace(at, available());
+    while (at == end && need(1) && *at <= 32);
     return true;
 }
 
 bool XmlCursor::skipName() {
-    if (!need(1) || endsName(*at))
-        return false;
-    do {
-        do
-            ++at;
-        while (at != end && !endsName(*at));
-    } while (at == end && need(1) && !endsName(*at));
-    return true;
+    bool any = false;
+    while (need(1)) {
+        const unsigned long count = kernels::skipWideName(at, available());
+        at += count;
+        any = any || count > 0;
+        if (at != end)
+            break;
+    }
+    return any;
+}
+
+bool XmlCursor::takeName(OCWideString& name) {
+    const unsigned long count = kernels::skipWideName(at, available());
+    if (count < available()) {
+        if (count == 0)
+            return false;
+        take(count, name);
+        return true;
+    }
+    // It may go on in the next batch.
+    beginToken(name);
+    const bool any = skipName();
+    if (any)
+        endToken();
+    sink = nullptr;
+    return any;
+}
+
+bool XmlCursor::takeUntil(wchar_t c, OCWideString& text) {
+    const unsigned long count = kernels::findWide(at, available(), c);
+    if (count != kernels::notFound) {
+        take(count, text);
+        return true;
+    }
+    beginToken(text);
+    at = end;
+    const bool found = find(c);
+    endToken();
+    return found;
 }
 
 bool XmlCursor::find(wchar_t c) {
@@ -248,7 +266,8 @@ bool XmlCursor::find(const wchar_t* text, unsigned long count) {
 }
 
 bool XmlCursor::acceptAvailableName(const wchar_t* name, unsigned long count) {
-    if (count == 0 || available() <= count || !endsName(at[count]) || std::wmemcmp(at, name, count) != 0)
+    if (count == 0 || available() <= count || std::wmemcmp(at, name, count) != 0 ||
+        kernels::skipWideName(at + count, 1) != 0)
         return false;
     at += count;
     return true;

@@ -94,19 +94,24 @@ public:
         at += size - 1;
         return true;
     }
+
+    /// Consumes a run of name characters and makes it the content of `name`, which is untouched
+    /// when there is none.
+    bool takeName(OCWideString& name);
+    /// Consumes everything before a character and makes it the content of `text`, also when the
+    /// input ends first.
+    bool takeUntil(wchar_t c, OCWideString& text);
     /// Consumes the `count` characters of `name` if they are available and a whole name.
     bool acceptAvailableName(const wchar_t* name, unsigned long count);
 
     /// Collects what is consumed from here on until `endToken`. `target` keeps its first `kept`
-    /// characters and is not touched before the token has ended or become large.
+    /// characters and has no defined content before the token has ended.
     void beginToken(OCWideString& target, unsigned long kept = 0) {
         mark = at;
         sink = &target;
         sinkLength = kept;
-        pendingLength = 0;
     }
     void endToken();
-    void cancelToken() { sink = nullptr; }
 
     /// The characters that are available, for scanning by hand; `advance` consumes them.
     const wchar_t* begin() const { return at; }
@@ -128,8 +133,7 @@ private:
     void makeRoom();
     void fill();
     void stash();
-    void flush();
-    void reservePending(unsigned long length);
+    void take(unsigned long count, OCWideString& text);
 
     OCXmlParserReader& reader;
     const Access access;
@@ -137,13 +141,11 @@ private:
     wchar_t* end;
     wchar_t* storageEnd;
 
-    // The token that is being collected: `sinkLength` characters of the sink, then the first
-    // `pendingLength` of `pending`, then those from the mark on.
+    // The token that is being collected: the first `sinkLength` characters of the sink, then those
+    // from the mark on.
     wchar_t* mark;
     OCWideString* sink;
     unsigned long sinkLength;
-    unsigned long pendingLength;
-    OCWideString pending;
 };
 
 } // namespace orvabase

@@ -132,7 +132,7 @@ bool XmlGrammar::possibleElement() {
 bool XmlGrammar::possibleElementStart(OCWideString& name, bool& empty) {
     if (!cursor.accept(L'<'))
         return false;
-    if (!possibleName(name)) {
+    if (!cursor.takeName(name)) {
         name.clear();
         error(XmlParserErrorNameMalformed);
     }
@@ -157,7 +157,7 @@ void XmlGrammar::parseElementEnd(const wchar_t* name, unsigned long length) {
         return;
     }
     if (!cursor.acceptAvailableName(name, length)) {
-        if (!possibleName(text)) {
+        if (!cursor.takeName(text)) {
             text.clear();
             error(XmlParserErrorNameMalformed);
         }
@@ -253,7 +253,7 @@ bool XmlGrammar::possibleProcessingInstruction() {
         return false;
     OCWideString& target = text;
     OCWideString& data = value;
-    if (!possibleName(target)) {
+    if (!cursor.takeName(target)) {
         target.clear();
         error(XmlParserErrorNameMalformed);
     }
@@ -282,16 +282,14 @@ bool XmlGrammar::possibleCharacterData() {
 }
 
 void XmlGrammar::characterData() {
-    cursor.beginToken(text);
-    cursor.find(L'<');
-    cursor.endToken();
+    cursor.takeUntil(L'<', text);
     report([&](OCXmlEvents& events) { events.characterData(text); });
     giveBack(text);
 }
 
 bool XmlGrammar::possibleAttribute() {
     OCWideString& name = text;
-    if (!possibleName(name))
+    if (!cursor.takeName(name))
         return false;
     if (!cursor.accept(L'=') || !possibleAttributeValue(&value)) {
         error(XmlParserErrorAttributeMalformed);
@@ -303,18 +301,8 @@ bool XmlGrammar::possibleAttribute() {
     return true;
 }
 
-bool XmlGrammar::possibleName(OCWideString& name) {
-    cursor.beginToken(name);
-    if (!cursor.skipName()) {
-        cursor.cancelToken();
-        return false;
-    }
-    cursor.endToken();
-    return true;
-}
-
 void XmlGrammar::parseName(OCWideString& name) {
-    if (!possibleName(name))
+    if (!cursor.takeName(name))
         error(XmlParserErrorNameMalformed);
 }
 
@@ -328,11 +316,16 @@ XmlGrammar::Quoted XmlGrammar::quoted(OCWideString* target, unsigned long kept) 
     if (!cursor.preview(quote) || (quote != L'\'' && quote != L'"'))
         return QuotedAbsent;
     cursor.advance(1);
-    if (target)
+    bool closed;
+    if (!target)
+        closed = cursor.find(quote);
+    else if (kept == 0)
+        closed = cursor.takeUntil(quote, *target);
+    else {
         cursor.beginToken(*target, kept);
-    const bool closed = cursor.find(quote);
-    if (target)
+        closed = cursor.find(quote);
         cursor.endToken();
+    }
     if (!closed)
         return QuotedOpen;
     cursor.advance(1);

@@ -54,7 +54,7 @@ public:
     bool possibleProcessingInstruction();
     bool possibleCharacterData();
     bool possibleAttribute();
-    bool possibleName(OCWideString& name);
+    bool possibleName(OCWideString& name) { return cursor.takeName(name); }
     void parseName(OCWideString& name);
     /// Requires a name without keeping it.
     void parseName();
