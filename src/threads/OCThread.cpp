@@ -9,10 +9,11 @@ void* runThread(void* object) {
     unsigned int result = 1;
     try {
         result = static_cast<OCThread*>(object)->entry();
-    } catch (abi::__forced_unwind&) {
-        // The thread is being cancelled or exits by pthread_exit, which must not be held up.
-        throw;
     } catch (...) {
+        // What has no type is not a C++ exception but the unwinding of a thread that is cancelled
+        // or leaves by pthread_exit, which must go on.
+        if (abi::__cxa_current_exception_type() == nullptr)
+            throw;
     }
     return reinterpret_cast<void*>(static_cast<std::uintptr_t>(result));
 }

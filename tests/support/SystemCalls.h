@@ -20,57 +20,65 @@
 ///     });
 ///
 /// A replacement applies from its construction to the end of its scope, to the thread that made it
-/// (unless it says every thread), and not to calls that it makes itself.
+/// (unless it says every thread), and not to calls that it makes itself. No thread may still be in
+/// a call when the scope ends. One replacement of a function at a time.
 template<class Signature>
 class SystemCall;
 
 template<class Result, class... Arguments>
 class SystemCall<Result(Arguments...)> {
 public:
-    using Function = std::function<Result(Arguments...)>;
+    /// What runs instead, and for which thread.
+    struct Instead {
+        std::function<Result(Arguments...)> function;
+        pthread_t owner;
+        bool everyThread;
+    };
 
     /// The version is needed where the C library has an older one of the same name.
     constexpr explicit SystemCall(const char* symbol, const char* symbolVersion = nullptr)
         : name(symbol), version(symbolVersion) {}
 
     Result operator()(Arguments... arguments) {
-        Function* function = active.load(std::memory_order_acquire);
-        if (function == nullptr || inside || !(everyThread || pthread_self() == owner))
+        Instead* instead = active.load(std::memory_order_acquire);
+        if (instead == nullptr || inside ||
+            !(instead->everyThread || pthread_equal(pthread_self(), instead->owner)))
             return original(arguments...);
         struct Inside {
             Inside() { inside = true; }
             ~Inside() { inside = false; }
         } marked;
-        return (*function)(arguments...);
+        return instead->function(arguments...);
     }
 
     /// The C library's function.
     Result original(Arguments... arguments) {
         void* address = next.load(std::memory_order_relaxed);
         if (address == nullptr) {
-            address =
-                version == nullptr ? dlsym(RTLD_NEXT, name) : dlvsym(RTLD_NEXT, name, version);
+            address = find();
             next.store(address, std::memory_order_relaxed);
         }
         return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
     }
 
-    void replace(Function& function, bool inEveryThread) {
-        owner = pthread_self();
-        everyThread = inEveryThread;
-        active.store(&function, std::memory_order_release);
-    }
+    void replace(Instead& instead) { active.store(&instead, std::memory_order_release); }
     void restore() { active.store(nullptr, std::memory_order_release); }
 
 private:
+    void* find() const {
+#if !defined(__SANITIZE_THREAD__) // which has functions of its own in between, without versions
+        if (version != nullptr)
+            return dlvsym(RTLD_NEXT, name, version);
+#endif
+        return dlsym(RTLD_NEXT, name);
+    }
+
     static inline thread_local bool inside = false;
 
     const char* name;
     const char* version;
     std::atomic<void*> next{nullptr};
-    std::atomic<Function*> active{nullptr};
-    pthread_t owner{};
-    bool everyThread = false;
+    std::atomic<Instead*> active{nullptr};
 };
 
 enum class Threads { This, Every };
@@ -81,8 +89,8 @@ class Replacement {
 public:
     template<class Code>
     Replacement(SystemCall<Signature>& target, Code code, Threads threads = Threads::This)
-        : call(target), function(code) {
-        call.replace(function, threads == Threads::Every);
+        : call(target), instead{code, pthread_self(), threads == Threads::Every} {
+        call.replace(instead);
     }
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
@@ -90,7 +98,7 @@ public:
 
 private:
     SystemCall<Signature>& call;
-    std::function<Signature> function;
+    typename SystemCall<Signature>::Instead instead;
 };
 
 template<class Signature, class Code>
