@@ -17,9 +17,8 @@ struct CommonnessTable {
     static constexpr int usual = 2;
 
     constexpr CommonnessTable() noexcept : values() {
-        for (signed char& value : values) {
+        for (signed char& value : values)
             value = usual;
-        }
         set("\t'():;?!#$%&*+@[]^`{|}~\\", 0);
         set("ABCDEFGHIJKLMNOPQRSTUVWXYZjkqvxz", 1);
         set(" aeinorst", 3);
@@ -33,9 +32,8 @@ struct CommonnessTable {
 
 private:
     constexpr void set(const char* characters, signed char commonness) noexcept {
-        for (; *characters != 0; ++characters) {
+        for (; *characters != 0; ++characters)
             values[static_cast<unsigned char>(*characters)] = commonness;
-        }
     }
 
     signed char values[128];
@@ -48,9 +46,8 @@ constexpr CommonnessTable commonness;
 template<class Character, bool folded>
 inline Anchors quickAnchors(const Character* pattern, unsigned long count) noexcept {
     unsigned long second = count - 1;
-    while (second > 0 && same<folded>(pattern[second], pattern[0])) {
+    while (second > 0 && same<folded>(pattern[second], pattern[0]))
         --second;
-    }
     return {0, second > 0 ? second : count - 1};
 }
 
@@ -64,18 +61,14 @@ inline Anchors rareAnchors(const Character* pattern, unsigned long count) noexce
         return commonness[folded ? lower(pattern[i]) : pattern[i]];
     };
     unsigned long first = 0;
-    for (unsigned long i = 1; i < looked && rank(first) > 0; ++i) {
-        if (rank(i) < rank(first)) {
+    for (unsigned long i = 1; i < looked && rank(first) > 0; ++i)
+        if (rank(i) < rank(first))
             first = i;
-        }
-    }
     unsigned long second = count;
-    for (unsigned long i = looked; i > 0; --i) {
+    for (unsigned long i = looked; i > 0; --i)
         if (!same<folded>(pattern[i - 1], pattern[first]) &&
-            (second == count || rank(i - 1) < rank(second))) {
+            (second == count || rank(i - 1) < rank(second)))
             second = i - 1;
-        }
-    }
     return second < count ? Anchors{first, second}
                           : quickAnchors<Character, folded>(pattern, count);
 }

@@ -169,14 +169,12 @@ inline void fold(Character* to, const Character* from, unsigned long count) noex
 
 inline void widen(wchar_t* to, const char* from, unsigned long count) noexcept {
     if (count >= 4) {
-        for (unsigned long i = 0; i + 4 < count; i += 4) {
+        for (unsigned long i = 0; i + 4 < count; i += 4)
             sse2::widenTo(to + i, from + i);
-        }
         sse2::widenTo(to + count - 4, from + count - 4);
     } else {
-        for (unsigned long i = 0; i < count; ++i) {
+        for (unsigned long i = 0; i < count; ++i)
             to[i] = static_cast<signed char>(from[i]);
-        }
     }
 }
 
@@ -187,22 +185,19 @@ inline void narrowFour(char* to, const wchar_t* from) noexcept {
 
 inline void narrow(char* to, const wchar_t* from, unsigned long count) noexcept {
     if (count >= 4) {
-        for (unsigned long i = 0; i + 4 < count; i += 4) {
+        for (unsigned long i = 0; i + 4 < count; i += 4)
             narrowFour(to + i, from + i);
-        }
         narrowFour(to + count - 4, from + count - 4);
     } else {
-        for (unsigned long i = 0; i < count; ++i) {
+        for (unsigned long i = 0; i < count; ++i)
             to[i] = static_cast<char>(from[i] & 0xFF);
-        }
     }
 }
 
 template<bool name>
 constexpr bool endsSkip(wchar_t c) noexcept {
-    if (!name) {
+    if (!name)
         return c > 32;
-    }
     return c <= 32 || (c >= L'(' && c <= L'+') || c == L'/' || (c >= L'=' && c <= L'?') ||
            c == L'[';
 }
@@ -211,9 +206,8 @@ template<bool name>
 inline unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     unsigned long i = 0;
     if (count >= 16) {
-        if (const unsigned int ends = sse2::skipBits<name>(text)) {
+        if (const unsigned int ends = sse2::skipBits<name>(text))
             return indexOfLowest<char>(ends);
-        }
         i = count - 16;
         const unsigned int ends = sse2::skipBits<name>(text + i);
         return ends != 0 ? i + indexOfLowest<char>(ends) : count;
@@ -222,13 +216,11 @@ inline unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
         const sse2::Register v = sse2::load(text + i);
         const sse2::Register packed = sse2::packSigned(v, v, v, v);
         if (const unsigned int ends =
-                name ? sse2::nameEndBits(packed) : sse2::notWhiteSpaceBits(packed)) {
+                name ? sse2::nameEndBits(packed) : sse2::notWhiteSpaceBits(packed))
             return i + indexOfLowest<char>(ends);
-        }
     }
-    while (i < count && !endsSkip<name>(text[i])) {
+    while (i < count && !endsSkip<name>(text[i]))
         ++i;
-    }
     return i;
 }
 

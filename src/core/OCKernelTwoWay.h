@@ -12,53 +12,47 @@ namespace orvabase::kernels {
 template<class Character, bool folded>
 class TwoWaySearch {
 public:
-    TwoWaySearch(const Character* pattern, unsigned long count) noexcept
-        : m_pattern(pattern), m_count(count) {
+    TwoWaySearch(const Character* wanted, unsigned long wantedCount) noexcept
+        : pattern(wanted), patternCount(wantedCount) {
         unsigned long periodAscending = 1;
         unsigned long periodDescending = 1;
         const unsigned long ascending = maximalSuffix<false>(periodAscending);
         const unsigned long descending = maximalSuffix<true>(periodDescending);
-        m_split = ascending > descending ? ascending : descending;
-        m_period = ascending > descending ? periodAscending : periodDescending;
-        m_periodic = true;
-        for (unsigned long i = 0; i < m_split && m_periodic; ++i) {
-            m_periodic =
-                m_period + i < m_count && same<folded>(m_pattern[i], m_pattern[m_period + i]);
+        split = ascending > descending ? ascending : descending;
+        period = ascending > descending ? periodAscending : periodDescending;
+        periodic = true;
+        for (unsigned long i = 0; i < split && periodic; ++i) {
+            periodic = period + i < patternCount && same<folded>(pattern[i], pattern[period + i]);
         }
-        if (!m_periodic) {
-            m_period = (m_split > m_count - m_split ? m_split : m_count - m_split) + 1;
-        }
+        if (!periodic)
+            period = (split > patternCount - split ? split : patternCount - split) + 1;
     }
 
     /// The first occurrence at or behind `from`, or `notFound`.
     unsigned long find(const Character* text, unsigned long count,
                        unsigned long from) const noexcept {
-        if (m_count > count) {
+        if (patternCount > count)
             return notFound;
-        }
-        const unsigned long last = count - m_count;
+        const unsigned long last = count - patternCount;
         // How many characters at the front are known to match, because the pattern repeats itself.
         unsigned long known = 0;
         for (unsigned long start = from; start <= last;) {
             const Character* here = text + start;
-            unsigned long right = m_split > known ? m_split : known;
-            while (right < m_count && same<folded>(m_pattern[right], here[right])) {
+            unsigned long right = split > known ? split : known;
+            while (right < patternCount && same<folded>(pattern[right], here[right]))
                 ++right;
-            }
-            if (right < m_count) {
-                start += right - m_split + 1;
+            if (right < patternCount) {
+                start += right - split + 1;
                 known = 0;
                 continue;
             }
-            unsigned long left = m_split;
-            while (left > known && same<folded>(m_pattern[left - 1], here[left - 1])) {
+            unsigned long left = split;
+            while (left > known && same<folded>(pattern[left - 1], here[left - 1]))
                 --left;
-            }
-            if (left <= known) {
+            if (left <= known)
                 return start;
-            }
-            start += m_period;
-            known = m_periodic ? m_count - m_period : 0;
+            start += period;
+            known = periodic ? patternCount - period : 0;
         }
         return notFound;
     }
@@ -67,17 +61,17 @@ private:
     /// Where the suffix begins that is the greatest in the order of the characters, or in the
     /// reverse of that order, and its period.
     template<bool reverse>
-    unsigned long maximalSuffix(unsigned long& period) const noexcept {
+    unsigned long maximalSuffix(unsigned long& suffixPeriod) const noexcept {
         unsigned long best = 0; // where the greatest suffix seen begins
         unsigned long rival = 1;
         unsigned long equal = 0; // how many characters of both are the same
-        period = 1;
-        while (rival + equal < m_count) {
-            const Character a = folded ? lower(m_pattern[best + equal]) : m_pattern[best + equal];
-            const Character b = folded ? lower(m_pattern[rival + equal]) : m_pattern[rival + equal];
+        suffixPeriod = 1;
+        while (rival + equal < patternCount) {
+            const Character a = folded ? lower(pattern[best + equal]) : pattern[best + equal];
+            const Character b = folded ? lower(pattern[rival + equal]) : pattern[rival + equal];
             if (a == b) {
-                if (equal + 1 == period) {
-                    rival += period;
+                if (equal + 1 == suffixPeriod) {
+                    rival += suffixPeriod;
                     equal = 0;
                 } else {
                     ++equal;
@@ -85,22 +79,22 @@ private:
             } else if (reverse ? a < b : b < a) {
                 rival += equal + 1;
                 equal = 0;
-                period = rival - best;
+                suffixPeriod = rival - best;
             } else {
                 best = rival;
                 ++rival;
                 equal = 0;
-                period = 1;
+                suffixPeriod = 1;
             }
         }
         return best;
     }
 
-    const Character* m_pattern;
-    unsigned long m_count;
-    unsigned long m_split;
-    unsigned long m_period;
-    bool m_periodic;
+    const Character* pattern;
+    unsigned long patternCount;
+    unsigned long split;
+    unsigned long period;
+    bool periodic;
 };
 
 } // namespace orvabase::kernels

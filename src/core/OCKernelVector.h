@@ -23,43 +23,34 @@ KERNEL_INLINE unsigned long firstWhere(const Character* text, unsigned long coun
                                        const BriefTest& briefTest) {
     using L = Lanes<Character>;
     constexpr unsigned long step = L::count;
-    if (count < step) {
+    if (count < step)
         return brief::firstWhere(text, count, briefTest);
-    }
-    if (const unsigned int hits = L::bits(test(load(text)))) {
+    if (const unsigned int hits = L::bits(test(load(text))))
         return lowestBit(hits);
-    }
     unsigned long i = untilAligned(text);
     for (; i + 4 * step <= count; i += 4 * step) {
         const Register a = test(load(text + i));
         const Register b = test(load(text + i + step));
         const Register c = test(load(text + i + 2 * step));
         const Register d = test(load(text + i + 3 * step));
-        if (L::bits(either(either(a, b), either(c, d))) == 0) {
+        if (L::bits(either(either(a, b), either(c, d))) == 0)
             continue;
-        }
-        if (const unsigned int hits = L::bits(a)) {
+        if (const unsigned int hits = L::bits(a))
             return i + lowestBit(hits);
-        }
-        if (const unsigned int hits = L::bits(b)) {
+        if (const unsigned int hits = L::bits(b))
             return i + step + lowestBit(hits);
-        }
-        if (const unsigned int hits = L::bits(c)) {
+        if (const unsigned int hits = L::bits(c))
             return i + 2 * step + lowestBit(hits);
-        }
         return i + 3 * step + lowestBit(L::bits(d));
     }
-    for (; i + step <= count; i += step) {
-        if (const unsigned int hits = L::bits(test(load(text + i)))) {
+    for (; i + step <= count; i += step)
+        if (const unsigned int hits = L::bits(test(load(text + i))))
             return i + lowestBit(hits);
-        }
-    }
     if (i < count) {
         // The characters that this looks at again are known to fail the test.
         i = count - step;
-        if (const unsigned int hits = L::bits(test(load(text + i)))) {
+        if (const unsigned int hits = L::bits(test(load(text + i))))
             return i + lowestBit(hits);
-        }
     }
     return notFound;
 }
@@ -89,12 +80,10 @@ KERNEL_TARGET unsigned long formMismatch(const Character* a, const Character* b,
     using L = Lanes<Character>;
     constexpr unsigned long step = L::count;
     constexpr unsigned int all = allBits<Character>;
-    if (count < step) {
+    if (count < step)
         return brief::mismatch<Character, folded>(a, b, count);
-    }
-    if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a, b)) ^ all) {
+    if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a, b)) ^ all)
         return lowestBit(miss);
-    }
     unsigned long i = step;
     if (count >= 8 * step) {
         for (i = untilAligned(a); i + 4 * step <= count; i += 4 * step) {
@@ -103,21 +92,17 @@ KERNEL_TARGET unsigned long formMismatch(const Character* a, const Character* b,
             const Register back =
                 both(sameLanes<Character, folded>(a + i + 2 * step, b + i + 2 * step),
                      sameLanes<Character, folded>(a + i + 3 * step, b + i + 3 * step));
-            if (L::bits(both(front, back)) != all) {
+            if (L::bits(both(front, back)) != all)
                 break;
-            }
         }
     }
-    for (; i + step <= count; i += step) {
-        if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a + i, b + i)) ^ all) {
+    for (; i + step <= count; i += step)
+        if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a + i, b + i)) ^ all)
             return i + lowestBit(miss);
-        }
-    }
     if (i < count) {
         i = count - step;
-        if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a + i, b + i)) ^ all) {
+        if (const unsigned int miss = L::bits(sameLanes<Character, folded>(a + i, b + i)) ^ all)
             return i + lowestBit(miss);
-        }
     }
     return count;
 }
@@ -130,9 +115,8 @@ KERNEL_INLINE Register foldLanes(const Character* from) {
 template<class Character, bool toLower>
 KERNEL_TARGET void formFold(Character* to, const Character* from, unsigned long count) noexcept {
     constexpr unsigned long step = Lanes<Character>::count;
-    if (count < step) {
+    if (count < step)
         return brief::fold<Character, toLower>(to, from, count);
-    }
     unsigned long i = 0;
     for (; i + 4 * step <= count; i += 4 * step) {
         const Register a = foldLanes<Character, toLower>(from + i);
@@ -144,9 +128,8 @@ KERNEL_TARGET void formFold(Character* to, const Character* from, unsigned long 
         store(to + i + 2 * step, c);
         store(to + i + 3 * step, d);
     }
-    for (; i + step <= count; i += step) {
+    for (; i + step <= count; i += step)
         store(to + i, foldLanes<Character, toLower>(from + i));
-    }
     if (i < count) {
         // In place, some of these are folded already, which folding again leaves as they are.
         i = count - step;
@@ -156,9 +139,8 @@ KERNEL_TARGET void formFold(Character* to, const Character* from, unsigned long 
 
 KERNEL_TARGET inline void formWiden(wchar_t* to, const char* from, unsigned long count) noexcept {
     constexpr unsigned long step = Lanes<wchar_t>::count;
-    if (brief::isBrief<char>(count)) {
+    if (brief::isBrief<char>(count))
         return brief::widen(to, from, count);
-    }
     widenTo(to, from);
     unsigned long i = untilAligned(to);
     for (; i + 4 * step <= count; i += 4 * step) {
@@ -167,9 +149,8 @@ KERNEL_TARGET inline void formWiden(wchar_t* to, const char* from, unsigned long
         widenTo(to + i + 2 * step, from + i + 2 * step);
         widenTo(to + i + 3 * step, from + i + 3 * step);
     }
-    for (; i + step <= count; i += step) {
+    for (; i + step <= count; i += step)
         widenTo(to + i, from + i);
-    }
     widenTo(to + count - step, from + count - step);
 }
 
@@ -180,32 +161,26 @@ KERNEL_INLINE void narrowTo(char* to, const wchar_t* from) {
 
 KERNEL_TARGET inline void formNarrow(char* to, const wchar_t* from, unsigned long count) noexcept {
     constexpr unsigned long step = Lanes<char>::count;
-    if (count < step) {
+    if (count < step)
         return brief::narrow(to, from, count);
-    }
-    for (unsigned long i = 0; i + step < count; i += step) {
+    for (unsigned long i = 0; i + step < count; i += step)
         narrowTo(to + i, from + i);
-    }
     narrowTo(to + count - step, from + count - step);
 }
 
 template<bool name>
 KERNEL_TARGET unsigned long formSkip(const wchar_t* text, unsigned long count) noexcept {
     constexpr unsigned long step = Lanes<char>::count;
-    if (count < step) {
+    if (count < step)
         return brief::skip<name>(text, count);
-    }
     unsigned long i = 0;
-    for (; i + step <= count; i += step) {
-        if (const unsigned int ends = skipBits<name>(text + i)) {
+    for (; i + step <= count; i += step)
+        if (const unsigned int ends = skipBits<name>(text + i))
             return i + lowestBit(ends);
-        }
-    }
     if (i < count) {
         i = count - step;
-        if (const unsigned int ends = skipBits<name>(text + i)) {
+        if (const unsigned int ends = skipBits<name>(text + i))
             return i + lowestBit(ends);
-        }
     }
     return count;
 }
@@ -266,38 +241,31 @@ KERNEL_TARGET bool searchPlaces(Candidates<Character, folded>& search, const Cha
     const Character* firsts = text + anchors.first;
     const Character* seconds = text + anchors.second;
     unsigned long i = from;
-    if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i)))))) {
+    if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i))))))
         return true;
-    }
     i += untilAligned(firsts + i);
     for (; i + 4 * step <= end; i += 4 * step) {
         Register a = first(load(firsts + i));
         Register b = first(load(firsts + i + step));
         Register c = first(load(firsts + i + 2 * step));
         Register d = first(load(firsts + i + 3 * step));
-        if (L::bits(either(either(a, b), either(c, d))) == 0) {
+        if (L::bits(either(either(a, b), either(c, d))) == 0)
             continue;
-        }
         a = both(a, second(load(seconds + i)));
         b = both(b, second(load(seconds + i + step)));
         c = both(c, second(load(seconds + i + 2 * step)));
         d = both(d, second(load(seconds + i + 3 * step)));
-        if (L::bits(either(either(a, b), either(c, d))) == 0) {
+        if (L::bits(either(either(a, b), either(c, d))) == 0)
             continue;
-        }
         if (search.decide(i, L::bits(a)) || search.decide(i + step, L::bits(b)) ||
-            search.decide(i + 2 * step, L::bits(c)) || search.decide(i + 3 * step, L::bits(d))) {
+            search.decide(i + 2 * step, L::bits(c)) || search.decide(i + 3 * step, L::bits(d)))
             return true;
-        }
     }
-    for (; i + step <= end; i += step) {
-        if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i)))))) {
+    for (; i + step <= end; i += step)
+        if (search.decide(i, L::bits(both(first(load(firsts + i)), second(load(seconds + i))))))
             return true;
-        }
-    }
-    if (i >= end) {
+    if (i >= end)
         return false;
-    }
     const unsigned long last = end - step;
     const unsigned int hits =
         L::bits(both(first(load(firsts + last)), second(load(seconds + last))));
@@ -311,9 +279,8 @@ KERNEL_TARGET unsigned long briefFindText(const Character* text, unsigned long p
     unsigned int marked = brief::candidates<Character, folded>(text, places, pattern, anchors);
     while (marked != 0) {
         const unsigned long start = brief::indexOfLowest<Character>(marked);
-        if (formMismatch<Character, folded>(text + start, pattern, patternCount) == patternCount) {
+        if (formMismatch<Character, folded>(text + start, pattern, patternCount) == patternCount)
             return start;
-        }
         marked = brief::withoutLowest<Character>(marked);
     }
     return notFound;
@@ -324,17 +291,14 @@ template<class Character, bool folded>
 KERNEL_TARGET unsigned long formFindText(const Character* text, unsigned long count,
                                          const Character* pattern,
                                          unsigned long patternCount) noexcept {
-    if (patternCount == 0 || patternCount > count) {
+    if (patternCount == 0 || patternCount > count)
         return notFound;
-    }
-    if (patternCount == 1) {
+    if (patternCount == 1)
         return formFind<Character, folded>(text, count, pattern[0]);
-    }
     const unsigned long places = count - patternCount + 1;
     const Anchors quick = quickAnchors<Character, folded>(pattern, patternCount);
-    if (places < Lanes<Character>::count) {
+    if (places < Lanes<Character>::count)
         return briefFindText<Character, folded>(text, places, pattern, patternCount, quick);
-    }
     // Many searches end soon. For those that do not, a better choice is worth its time.
     constexpr unsigned long soon = 512;
     Candidates<Character, folded> search(text, count, pattern, patternCount);

@@ -12,22 +12,19 @@ const Form* chosen = &sse2Form;
 
 __attribute__((constructor(101))) void choose() noexcept {
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) {
+    if (__builtin_cpu_supports("avx2"))
         chosen = &avx2Form;
-    }
 }
 
 template<bool name>
 unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     // Most names, and most gaps, end within one SSE2 register of bytes.
     if (count >= 16) {
-        if (const unsigned int ends = sse2::skipBits<name>(text)) {
+        if (const unsigned int ends = sse2::skipBits<name>(text))
             return brief::indexOfLowest<char>(ends);
-        }
     }
-    if (brief::isBrief<char>(count)) {
+    if (brief::isBrief<char>(count))
         return brief::skip<name>(text, count);
-    }
     return name ? chosen->skipWideName(text, count) : chosen->skipWideWhiteSpace(text, count);
 }
 

@@ -7,80 +7,68 @@ namespace {
 
 template<class Character, bool folded>
 unsigned long plainFind(const Character* text, unsigned long count, Character c) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
-        if (same<folded>(text[i], c)) {
+    for (unsigned long i = 0; i < count; ++i)
+        if (same<folded>(text[i], c))
             return i;
-        }
-    }
     return notFound;
 }
 
 unsigned long plainFindEither(const char* text, unsigned long count, char a, char b) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
-        if (text[i] == a || text[i] == b) {
+    for (unsigned long i = 0; i < count; ++i)
+        if (text[i] == a || text[i] == b)
             return i;
-        }
-    }
     return notFound;
 }
 
 template<class Character, bool folded>
 unsigned long plainFindText(const Character* text, unsigned long count, const Character* pattern,
                             unsigned long patternCount) noexcept {
-    if (patternCount == 0 || patternCount > count) {
+    if (patternCount == 0 || patternCount > count)
         return notFound;
-    }
     return TwoWaySearch<Character, folded>(pattern, patternCount).find(text, count, 0);
 }
 
 template<class Character, bool folded>
 unsigned long plainMismatch(const Character* a, const Character* b, unsigned long count) noexcept {
     unsigned long i = 0;
-    while (i < count && same<folded>(a[i], b[i])) {
+    while (i < count && same<folded>(a[i], b[i]))
         ++i;
-    }
     return i;
 }
 
 template<class Character>
 void plainFoldLower(Character* to, const Character* from, unsigned long count) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
+    for (unsigned long i = 0; i < count; ++i)
         to[i] = lower(from[i]);
-    }
 }
 
 template<class Character>
 void plainFoldUpper(Character* to, const Character* from, unsigned long count) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
+    for (unsigned long i = 0; i < count; ++i)
         to[i] = upper(from[i]);
-    }
 }
 
 void plainWiden(wchar_t* to, const char* from, unsigned long count) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
+    for (unsigned long i = 0; i < count; ++i)
         to[i] = static_cast<signed char>(from[i]);
-    }
 }
 
 void plainNarrow(char* to, const wchar_t* from, unsigned long count) noexcept {
-    for (unsigned long i = 0; i < count; ++i) {
+    for (unsigned long i = 0; i < count; ++i)
         to[i] = static_cast<char>(from[i] & 0xFF);
-    }
 }
 
 unsigned long plainSkipWideWhiteSpace(const wchar_t* text, unsigned long count) noexcept {
     unsigned long i = 0;
-    while (i < count && text[i] <= 32) {
+    while (i < count && text[i] <= 32)
         ++i;
-    }
     return i;
 }
 
 unsigned long plainSkipWideName(const wchar_t* text, unsigned long count) noexcept {
     for (unsigned long i = 0; i < count; ++i) {
-        if (text[i] <= 32) {
+        if (text[i] <= 32)
             return i;
-        }
         switch (text[i]) {
         case L'(':
         case L')':
