@@ -241,7 +241,15 @@ template<class Character>
 class OCKernelsOfWidth : public testing::Test {};
 
 using Widths = testing::Types<char, wchar_t>;
-TYPED_TEST_SUITE(OCKernelsOfWidth, Widths);
+
+struct WidthNames {
+    template<class Character>
+    static std::string GetName(int) {
+        return sizeof(Character) == 1 ? "Bytes" : "WideCharacters";
+    }
+};
+
+TYPED_TEST_SUITE(OCKernelsOfWidth, Widths, WidthNames);
 
 #define SAME(expected, actual)                                                                     \
     do {                                                                                           \
