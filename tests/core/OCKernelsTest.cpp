@@ -589,6 +589,30 @@ TYPED_TEST(OCKernelsOfWidth, FindsATextAtEveryLengthPlaceAndAlignment) {
             }
 }
 
+TYPED_TEST(OCKernelsOfWidth, FindsATextWhereASearchChangesItsWay) {
+    using W = Width<TypeParam>;
+    const std::basic_string<TypeParam> pattern = {'e', 'n', 'd', ' ', 'o', 'f', ' ', 'i', 't'};
+    const unsigned long size = pattern.size();
+    for (const Form& form : allForms())
+        for (const unsigned long base : {480UL, 1000UL})
+            for (unsigned long count = base; count < base + 80; ++count) {
+                ExactRun<TypeParam> text(0, count);
+                text.fill('e');
+                SAME(notFound, (form.*W::findText)(text.get(), count, pattern.data(), size));
+                for (unsigned long place = 490; place < 530 && place + size <= count; ++place) {
+                    for (unsigned long i = 0; i < size; ++i)
+                        text[place + i] = pattern[i];
+                    SAME(place, (form.*W::findText)(text.get(), count, pattern.data(), size));
+                    SAME(place, (form.*W::findTextFolded)(text.get(), count, pattern.data(), size));
+                    for (unsigned long i = 0; i < size; ++i)
+                        text[place + i] = 'e';
+                }
+                for (unsigned long i = 0; i < size; ++i)
+                    text[count - size + i] = pattern[i];
+                SAME(count - size, (form.*W::findText)(text.get(), count, pattern.data(), size));
+            }
+}
+
 TYPED_TEST(OCKernelsOfWidth, FindsWhatANaiveScanFinds) {
     using W = Width<TypeParam>;
     using Text = std::basic_string<TypeParam>;
@@ -724,6 +748,24 @@ TYPED_TEST(OCKernelsOfWidth, FindsWhatStandsBehindAnExpensiveText) {
             }
         }
     }
+}
+
+TYPED_TEST(OCKernelsOfWidth, MissesNothingWhenItGivesUpComparing) {
+    using W = Width<TypeParam>;
+    using Text = std::basic_string<TypeParam>;
+    // Fifty comparisons that fail late, directly before the match. What may be spent on them grows
+    // with the distance, so that every one of them is the last for some length of the front.
+    constexpr unsigned long as = 100;
+    constexpr unsigned long bs = 50;
+    const Text pattern = Text(as, 'a') + Text(bs, 'b');
+    for (const Form& form : allForms())
+        for (unsigned long front = 0; front < 800; ++front) {
+            const Text text = Text(front, '.') + Text(bs, 'a') + pattern;
+            SAME(front + bs,
+                 (form.*W::findText)(text.data(), text.size(), pattern.data(), pattern.size()));
+            SAME(front + bs, (form.*W::findTextFolded)(text.data(), text.size(), pattern.data(),
+                                                       pattern.size()));
+        }
 }
 
 TEST(OCKernels, NeverAskForMemory) {
