@@ -73,6 +73,7 @@ public:
 private:
     friend class OCStringArray; // hands out the storage itself
 
+    bool isDerived() const noexcept;
     void growFor(unsigned long count);
 
     OCMemoryBuffer buffer;

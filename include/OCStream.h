@@ -52,10 +52,28 @@ public:
 
     /// Reads exactly `count` bytes, by as many reads as it takes; none for 0 bytes.
     /// @throws OXStream_ReadError when the data end before; what there was is in `buffer` then.
-    void readBuffer(void* buffer, unsigned long count);
+    void readBuffer(void* buffer, unsigned long count) {
+        if (count == 0)
+            return;
+        unsigned long n = count;
+        const bool delivered = read(buffer, n);
+        if (!delivered || n < count)
+            continueReading(buffer, count, delivered, n);
+    }
     /// Writes exactly `count` bytes, by as many writes as it takes; none for 0 bytes.
     /// @throws OXStream_WriteError when a write is refused, or two writes in a row take 0 bytes.
-    void writeBuffer(const void* buffer, unsigned long count);
+    void writeBuffer(const void* buffer, unsigned long count) {
+        if (count == 0)
+            return;
+        unsigned long n = count;
+        const bool taken = write(buffer, n);
+        if (!taken || n < count)
+            continueWriting(buffer, count, taken, n);
+    }
+
+private:
+    void continueReading(void* buffer, unsigned long count, bool delivered, unsigned long n);
+    void continueWriting(const void* buffer, unsigned long count, bool taken, unsigned long n);
 };
 
 /// A stream that discards what is written and has nothing to read.

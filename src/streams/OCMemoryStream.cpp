@@ -66,14 +66,19 @@ void OCMemoryStream::setSize(unsigned long n) {
 }
 
 bool OCMemoryStream::write(const void* from, unsigned long& count) {
-    if (count == 0)
+    const unsigned long n = count;
+    if (n == 0)
         return true;
-    // A derived class may answer the questions for the size in its own way: it is asked.
-    if (typeid(*this) != typeid(OCMemoryStream) || size - position < count)
-        growFor(count);
-    std::memcpy(buffer.getData() + position, from, count);
-    position += count;
+    if (size - position < n || isDerived())
+        growFor(n);
+    std::memcpy(buffer.getData() + position, from, n);
+    position += n;
     return true;
+}
+
+/// Whether a derived class may have its own idea of the size and of how to set it.
+bool OCMemoryStream::isDerived() const noexcept {
+    return &typeid(*this) != &typeid(OCMemoryStream);
 }
 
 /// Makes room for `count` bytes at the position.
@@ -81,6 +86,10 @@ void OCMemoryStream::growFor(unsigned long count) {
     const unsigned long end = position + count;
     if (end < count)
         throw OXMemory_AllocationError();
+    if (!isDerived()) {
+        OCMemoryStream::setSize(end);
+        return;
+    }
     if (getSize() < end)
         setSize(end);
     if (size - position < count)

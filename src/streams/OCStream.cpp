@@ -29,31 +29,36 @@ void OCStream::setPosition(unsigned long position) {
     }
 }
 
-void OCStream::readBuffer(void* buffer, unsigned long count) {
+/// Goes on after a first read that answered `delivered` and left `n` of the `count` bytes.
+void OCStream::continueReading(void* buffer, unsigned long count, bool delivered, unsigned long n) {
     char* to = static_cast<char*>(buffer);
-    while (count > 0) {
-        unsigned long n = count;
-        if (!read(to, n) || n == 0)
+    for (;;) {
+        if (!delivered || n == 0)
             throw OXStream_ReadError();
         if (n >= count)
             return;
         to += n;
         count -= n;
+        n = count;
+        delivered = read(to, n);
     }
 }
 
-void OCStream::writeBuffer(const void* buffer, unsigned long count) {
+/// Goes on after a first write that answered `taken` and took `n` of the `count` bytes.
+void OCStream::continueWriting(const void* buffer, unsigned long count, bool taken,
+                               unsigned long n) {
     const char* from = static_cast<const char*>(buffer);
     bool stalled = false;
-    while (count > 0) {
-        unsigned long n = count;
-        if (!write(from, n) || (n == 0 && stalled))
+    for (;;) {
+        if (!taken || (n == 0 && stalled))
             throw OXStream_WriteError();
         if (n >= count)
             return;
         stalled = n == 0;
         from += n;
         count -= n;
+        n = count;
+        taken = write(from, n);
     }
 }
 
