@@ -83,7 +83,8 @@ const char* const documents[] = {
     "<a><?pi ?></a>",
     "<a><?pi?",
     "<a><?pi d?",
-    "<a><?" "?></a>",
+    "<a><?"
+    "?></a>",
     "<a><? d?></a>",
     "<a><?p=?></a>",
     "<?xml version='1.0'?><a/>",
