@@ -8,38 +8,47 @@ bool isBlank(char c) {
     return static_cast<unsigned char>(c) <= 32;
 }
 
-// A field of the text that is read.
-struct Field {
-    const char* text;
-    unsigned long count;
+unsigned int digitOf(char c) {
+    return static_cast<unsigned char>(c) - static_cast<unsigned int>('0');
+}
 
-    // Reads digits up to the first other character; the value wraps as an unsigned int does.
-    unsigned short number() const {
-        unsigned int value = 0;
-        for (unsigned long i = 0; i < count; ++i) {
-            const unsigned int digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
-            if (digit > 9)
-                break;
-            value = value * 10 + digit;
-        }
-        return static_cast<unsigned short>(value);
+// Reads the digits up to the first other character and goes there. The value wraps as an unsigned
+// int does.
+unsigned short readNumber(const char*& position, const char* end) {
+    unsigned int value = 0;
+    for (; position != end && digitOf(*position) <= 9; ++position)
+        value = value * 10 + digitOf(*position);
+    return static_cast<unsigned short>(value);
+}
+
+// Finds the month of a name by the sum of its second and third letter, which no two share.
+struct MonthTable {
+    char names[13][4] = {"",    "jan", "feb", "mar", "apr", "may", "jun",
+                         "jul", "aug", "sep", "oct", "nov", "dec"};
+    unsigned char byLetters[64] = {};
+
+    static constexpr unsigned int key(char second, char third) {
+        return (static_cast<unsigned char>(second) + static_cast<unsigned int>(third)) % 64;
+    }
+    constexpr MonthTable() {
+        for (unsigned char month = 1; month <= 12; ++month)
+            byLetters[key(names[month][1], names[month][2])] = month;
     }
 
-    // The month of this name, 0 when there is none.
-    unsigned short month() const {
-        static constexpr char names[] = "janfebmaraprmayjunjulaugsepoctnovdec";
+    // 0 when there is none.
+    unsigned short find(const char* name, unsigned long count) const {
         if (count != 3)
             return 0;
         // Setting this bit folds letters, and makes no other byte one of these letters but the
         // capital.
-        const char folded[] = {static_cast<char>(text[0] | 32), static_cast<char>(text[1] | 32),
-                               static_cast<char>(text[2] | 32)};
-        for (unsigned short month = 1; month <= 12; ++month)
-            if (memcmp(names + 3 * (month - 1), folded, 3) == 0)
-                return month;
-        return 0;
+        const char folded[] = {static_cast<char>(name[0] | 32), static_cast<char>(name[1] | 32),
+                               static_cast<char>(name[2] | 32)};
+        const unsigned char month = byLetters[key(folded[1], folded[2])];
+        return memcmp(folded, names[month], 3) == 0 ? month : 0;
     }
 };
+
+constexpr MonthTable months;
 
 // Reads a text from the left. It knows the source of the parser that reads, for the error.
 class Cursor {
@@ -52,51 +61,73 @@ public:
     unsigned long left() const { return static_cast<unsigned long>(end - position); }
 
     void through(char c) {
-        const char* const found = find(c);
+        const void* const found = memchr(position, c, left());
         if (found == nullptr)
             fail();
-        position = found + 1;
-    }
-    // A field that ends in `terminator`, which is taken too. Blanks before it are skipped.
-    Field until(char terminator) {
-        while (position != end && isBlank(*position))
-            ++position;
-        const char* const found = find(terminator);
-        if (found == nullptr || found == position)
-            fail();
-        const Field field = {position, static_cast<unsigned long>(found - position)};
-        position = found + 1;
-        return field;
-    }
-    Field of(unsigned long width) {
-        if (left() < width)
-            fail();
-        const Field field = {position, width};
-        position += width;
-        return field;
+        position = static_cast<const char*>(found) + 1;
     }
     void separator(char c) {
         if (position == end || *position != c)
             fail();
         ++position;
     }
+
+    // A field that ends in `terminator`, which is taken too. Blanks before it are skipped.
+    const char* until(char terminator, unsigned long& count) {
+        skipBlanks();
+        const char* const field = position;
+        finish(field, terminator);
+        count = static_cast<unsigned long>(position - 1 - field);
+        return field;
+    }
+    unsigned short numberUntil(char terminator) {
+        skipBlanks();
+        const char* const field = position;
+        const unsigned short number = readNumber(position, end);
+        finish(field, terminator);
+        return number;
+    }
     unsigned short month() {
-        const unsigned short month = until(' ').month();
+        unsigned long count;
+        const char* const name = until(' ', count);
+        const unsigned short month = months.find(name, count);
         if (month == 0)
             fail();
         return month;
     }
+
+    // A field of a fixed width.
+    const char* of(unsigned long width) {
+        if (left() < width)
+            fail();
+        position += width;
+        return position - width;
+    }
+    unsigned short number(unsigned long width) {
+        const char* field = of(width);
+        return readNumber(field, position);
+    }
     unsigned short numberBefore(unsigned long width, char terminator) {
-        const Field field = of(width);
+        const unsigned short value = number(width);
         separator(terminator);
-        return field.number();
+        return value;
     }
 
     // Takes what was read off `text`, which this cursor reads.
     void take(OCAnsiString& text) const { text.right(left()); }
 
 private:
-    const char* find(char c) const { return static_cast<const char*>(memchr(position, c, left())); }
+    void skipBlanks() {
+        while (position != end && isBlank(*position))
+            ++position;
+    }
+    void finish(const char* field, char terminator) {
+        while (position != end && *position != terminator)
+            ++position;
+        if (position == end || position == field)
+            fail();
+        ++position;
+    }
 
     const char* position;
     const char* const end;
@@ -107,32 +138,32 @@ private:
 void parseRfc1123(const OCAnsiString& source, OCDateTime& target) {
     Cursor cursor(source, source);
     cursor.through(',');
-    target.day = cursor.until(' ').number();
+    target.day = cursor.numberUntil(' ');
     target.month = cursor.month();
-    target.year = cursor.until(' ').number();
-    target.hour = cursor.until(':').number();
-    target.minute = cursor.until(':').number();
-    target.second = cursor.until(' ').number();
+    target.year = cursor.numberUntil(' ');
+    target.hour = cursor.numberUntil(':');
+    target.minute = cursor.numberUntil(':');
+    target.second = cursor.numberUntil(' ');
 }
 
 unsigned short generalizedYear(Cursor& cursor) {
-    return cursor.of(4).number();
+    return cursor.number(4);
 }
 
 unsigned short utcYear(Cursor& cursor) {
-    const unsigned int year = cursor.of(2).number();
+    const unsigned int year = cursor.number(2);
     return static_cast<unsigned short>(year + (year < 50 ? 2000 : 1900));
 }
 
 // The seconds that lead from the time in the text to UTC.
 int correction(Cursor& cursor) {
-    const char sign = *cursor.of(1).text;
+    const char sign = *cursor.of(1);
     if (sign == 'Z')
         return 0;
     if (sign != '+' && sign != '-')
         cursor.fail();
-    const int hours = cursor.of(2).number();
-    const int minutes = cursor.of(2).number();
+    const int hours = cursor.number(2);
+    const int minutes = cursor.number(2);
     const int seconds = (hours * 60 + minutes) * 60;
     return sign == '+' ? -seconds : seconds;
 }
@@ -141,11 +172,11 @@ void parseAsn1(const OCAnsiString& source, OCDateTime& target, unsigned short (*
     Cursor cursor(source, source);
     OCDateTime value;
     value.year = year(cursor);
-    value.month = cursor.of(2).number();
-    value.day = cursor.of(2).number();
-    value.hour = cursor.of(2).number();
-    value.minute = cursor.of(2).number();
-    value.second = cursor.of(2).number();
+    value.month = cursor.number(2);
+    value.day = cursor.number(2);
+    value.hour = cursor.number(2);
+    value.minute = cursor.number(2);
+    value.second = cursor.number(2);
     const int seconds = correction(cursor);
     target = value;
     target.adjust(seconds);
@@ -155,23 +186,23 @@ void parseAsn1(const OCAnsiString& source, OCDateTime& target, unsigned short (*
 
 OCAnsiString takeUntil(OCAnsiString& text, char terminator, const OCAnsiString& source) {
     Cursor cursor(text, source);
-    const Field field = cursor.until(terminator);
-    OCAnsiString token(field.text, field.count);
+    unsigned long count;
+    const char* const field = cursor.until(terminator, count);
+    OCAnsiString token(field, count);
     cursor.take(text);
     return token;
 }
 
 OCAnsiString takeWidth(OCAnsiString& text, unsigned long width, const OCAnsiString& source) {
     Cursor cursor(text, source);
-    const Field field = cursor.of(width);
-    OCAnsiString token(field.text, field.count);
+    OCAnsiString token(cursor.of(width), width);
     cursor.take(text);
     return token;
 }
 
 unsigned short takeNumberUntil(OCAnsiString& text, char terminator, const OCAnsiString& source) {
     Cursor cursor(text, source);
-    const unsigned short number = cursor.until(terminator).number();
+    const unsigned short number = cursor.numberUntil(terminator);
     cursor.take(text);
     return number;
 }
@@ -186,7 +217,7 @@ unsigned short takeNumberBefore(OCAnsiString& text, unsigned long width, char te
 
 unsigned short takeNumber(OCAnsiString& text, unsigned long width, const OCAnsiString& source) {
     Cursor cursor(text, source);
-    const unsigned short number = cursor.of(width).number();
+    const unsigned short number = cursor.number(width);
     cursor.take(text);
     return number;
 }
@@ -204,22 +235,21 @@ void takeThroughComma(OCAnsiString& text, const OCAnsiString& source) {
     cursor.take(text);
 }
 
-// Where the text without the blanks at its ends begins, and its length.
-Field trimmed(const OCAnsiString& text) {
-    Field field = {text.getString(), text.getLength()};
-    while (field.count > 0 && isBlank(field.text[field.count - 1]))
-        --field.count;
-    while (field.count > 0 && isBlank(*field.text)) {
-        ++field.text;
-        --field.count;
-    }
-    return field;
+// A copy without the blanks at both ends.
+OCAnsiString trimmed(const OCAnsiString& text) {
+    const char* start = text.getString();
+    const char* end = start + text.getLength();
+    while (end != start && isBlank(end[-1]))
+        --end;
+    while (start != end && isBlank(*start))
+        ++start;
+    return OCAnsiString(start, static_cast<unsigned long>(end - start));
 }
 
 } // namespace
 
 OCDateTimeParser::OCDateTimeParser(OCDateTime& value, const OCAnsiString& text)
-    : source(trimmed(text).text, trimmed(text).count), target(value) {}
+    : source(trimmed(text)), target(value) {}
 
 OCDateTimeParser::~OCDateTimeParser() = default;
 
@@ -330,7 +360,7 @@ void OCDateTimeParserMilitary::parse() {
     } else {
         value.hour = cursor.numberBefore(2, ':');
         value.minute = cursor.numberBefore(2, ':');
-        value.second = cursor.of(2).number();
+        value.second = cursor.number(2);
     }
 }
 
