@@ -26,7 +26,7 @@ public:
     OCVector(const OCVector& other);
     OCVector& operator=(const OCVector& other) { return assign(other); }
     /// Gives the array back; the elements are not deleted.
-    ~OCVector() noexcept override;
+    ~OCVector() noexcept override { releaseBlock(elements); }
 
     /// Takes `other`'s block size, capacity and pointers. A vector assigned to itself stays as it
     /// is.
@@ -58,11 +58,14 @@ public:
     /// @throws OXMemory_AllocationError when memory is exhausted. Note: the count is then already
     /// raised by one, and the new slot reads as a null element.
     void addElement(OCObject& element) {
+        ++count;
         // With the usual block size the slots of whole blocks need no growth.
-        if (blockSize == 64 && count < (capacity & ~63UL))
-            elements[count++] = &element;
-        else
-            growAndAdd(element);
+        if (__builtin_expect(blockSize != 64 || count > (capacity & ~63UL), false)) {
+            const Slots grown = growForLast({elements, capacity}, blockSize, count);
+            elements = grown.block;
+            capacity = grown.capacity;
+        }
+        elements[count - 1] = &element;
     }
     /// Inserts before `index`.
     ///
@@ -110,6 +113,11 @@ public:
 private:
     friend class OCStringList;
 
+    struct Slots {
+        OCObject** block;
+        unsigned long capacity;
+    };
+
     void swap(OCVector& other) noexcept;
     OCObject* checkedSlot(unsigned long index) const {
         if (index >= count)
@@ -121,10 +129,18 @@ private:
     }
     /// The slots for `n` elements: `n` raised to a multiple of `step`, which is not 0.
     static unsigned long calculateCapacity(unsigned long n, unsigned long step);
-    /// Makes the array exactly `slots` slots long; slots in use that come into being are null.
-    void reallocateSlots(unsigned long slots);
+    /// The array grown to the capacity for `needed` slots, if it has less; of the new slots the
+    /// `used` ones are null. By values, so that a vector in a loop of `addElement` can live in
+    /// registers.
+    static Slots growSlots(Slots held, unsigned long step, unsigned long used,
+                           unsigned long needed);
+    /// The same for `needed` slots of which the last one is new.
+    static Slots growForLast(Slots held, unsigned long step, unsigned long needed);
+    static OCObject** resizeBlock(OCObject** block, unsigned long slots);
+    static OCObject** resizeBlockWithSpare(OCObject** block, unsigned long slots);
+    static void releaseBlock(OCObject** block) noexcept;
+    void takeSlots(Slots slots);
     void nullSlots(unsigned long from, unsigned long to);
-    void growAndAdd(OCObject& element);
 
     OCObject** elements;
     unsigned long blockSize;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <malloc.h>
+
 OXVector::OXVector() = default;
 
 OXVector::~OXVector() noexcept = default;
@@ -34,6 +36,11 @@ OXVector_NullVector::OXVector_NullVector() {
 OXVector_NullVector::~OXVector_NullVector() noexcept = default;
 
 namespace {
+
+/// From this many slots on an array that must grow asks for a block with room to spare, and uses
+/// that up before it asks again. Asking for every 64 slots would copy the array each time that
+/// something else lies behind it on the heap.
+constexpr unsigned long spareFrom = 8192;
 
 /// Sorts the slots of one vector. Elements only ever change places by exchange, so none is lost
 /// when the comparator throws, and every access is checked, so that nothing beyond the vector is
@@ -124,10 +131,6 @@ OCVector::OCVector(const OCVector& other) : OCVector() {
     assign(other);
 }
 
-OCVector::~OCVector() noexcept {
-    vectorRelease(elements);
-}
-
 OCVector& OCVector::assign(const OCVector& other) {
     if (this == &other)
         return *this;
@@ -135,16 +138,12 @@ OCVector& OCVector::assign(const OCVector& other) {
     unsigned long slots = other.capacity;
     if (other.count != 0)
         slots = std::max(slots, calculateCapacity(other.count, other.blockSize));
-    OCObject** block = elements;
     if (slots != capacity) {
-        block = nullptr;
-        if (slots != 0)
-            vectorAllocate(block, slots);
-        vectorRelease(elements);
+        OCObject** const block = slots == 0 ? nullptr : resizeBlock(nullptr, slots);
+        releaseBlock(elements);
+        takeSlots({block, slots});
     }
-    elements = block;
     blockSize = other.blockSize;
-    capacity = slots;
     count = other.count;
     const unsigned long held = std::min(other.count, other.capacity);
     memoryCopy(elements, other.elements, held * sizeof(OCObject*));
@@ -170,33 +169,26 @@ void OCVector::setBlockSize(unsigned long n) {
 
 void OCVector::setCapacity(unsigned long n) {
     const unsigned long slots = std::max(n, count);
-    if (slots != 0) {
-        reallocateSlots(slots);
+    if (slots == 0) {
+        releaseBlock(elements);
+        takeSlots({nullptr, 0});
         return;
     }
-    vectorRelease(elements);
-    capacity = 0;
+    const unsigned long held = capacity;
+    takeSlots({resizeBlock(elements, slots), slots});
+    nullSlots(held, count);
 }
 
 void OCVector::setCount(unsigned long n) {
-    const unsigned long slots = calculateCapacity(n, blockSize);
     if (n < count) {
+        const unsigned long slots = calculateCapacity(n, blockSize);
         if (slots < capacity)
-            reallocateSlots(slots);
+            takeSlots({resizeBlock(elements, slots), slots});
     } else if (n > count) {
-        if (slots > capacity)
-            reallocateSlots(slots);
+        takeSlots(growSlots({elements, capacity}, blockSize, count, n));
         nullSlots(count, n);
     }
     count = n;
-}
-
-void OCVector::growAndAdd(OCObject& element) {
-    ++count;
-    const unsigned long slots = calculateCapacity(count, blockSize);
-    if (slots > capacity)
-        reallocateSlots(slots);
-    elements[count - 1] = &element;
 }
 
 void OCVector::insertElement(unsigned long index, OCObject& element) {
@@ -211,7 +203,7 @@ void OCVector::setElement(unsigned long index, OCObject& element) {
     if (index >= count)
         throwNoSuchIndex(index);
     if (index >= capacity)
-        reallocateSlots(calculateCapacity(count, blockSize));
+        takeSlots(growSlots({elements, capacity}, blockSize, count, count));
     elements[index] = &element;
 }
 
@@ -242,7 +234,7 @@ void OCVector::removeElements(unsigned long index, unsigned long n) {
         OCObject** const last = elements + used;
         std::rotate(first, last - moved, last);
         try {
-            reallocateSlots(slots);
+            takeSlots({resizeBlock(elements, slots), slots});
         } catch (...) {
             std::rotate(first, first + moved, last);
             throw;
@@ -265,9 +257,10 @@ void OCVector::exchangeElements(unsigned long a, unsigned long b) {
 void OCVector::sort(Comparator comparator) {
     if (count == 0)
         return;
-    unsigned int depth = 2;
+    // Far deeper than partitions of common orders get.
+    unsigned int depth = 32;
     for (unsigned long n = count; n > 1; n /= 2)
-        depth += 2;
+        depth += 4;
     Sorter(*this, comparator).quickSort(0, static_cast<long>(count - 1), depth);
 }
 
@@ -286,23 +279,56 @@ unsigned long OCVector::calculateCapacity(unsigned long n, unsigned long step) {
     if (n - 1 > ~0UL - step)
         return ~0UL;
     const unsigned long end = step + n - 1;
-    return end - end % step;
+    return step == 64 ? end & ~63UL : end - end % step;
 }
 
-void OCVector::reallocateSlots(unsigned long slots) {
-    if (slots == capacity)
-        return;
-    // Through a local pointer: a refused reallocation must not lose the array.
-    OCObject** block = elements;
+OCVector::Slots OCVector::growSlots(Slots held, unsigned long step, unsigned long used,
+                                    unsigned long needed) {
+    const unsigned long slots = calculateCapacity(needed, step);
+    if (slots <= held.capacity)
+        return held;
+    OCObject** block = held.block;
+    if (held.capacity < spareFrom)
+        block = resizeBlock(block, slots);
+    else if (malloc_usable_size(block) / sizeof(OCObject*) < slots)
+        block = resizeBlockWithSpare(block, slots);
+    if (held.capacity < used)
+        std::fill(block + held.capacity, block + used, nullptr);
+    return {block, slots};
+}
+
+OCVector::Slots OCVector::growForLast(Slots held, unsigned long step, unsigned long needed) {
+    // Should the growth be refused, the last slot reads as null.
+    if (needed <= held.capacity)
+        held.block[needed - 1] = nullptr;
+    return growSlots(held, step, needed - 1, needed);
+}
+
+OCObject** OCVector::resizeBlock(OCObject** block, unsigned long slots) {
     if (block == nullptr)
         vectorAllocate(block, slots);
     else
         vectorReallocate(block, slots);
-    const unsigned long held = capacity;
-    elements = block;
-    capacity = slots;
-    if (held < count)
-        nullSlots(held, std::min(count, slots));
+    return block;
+}
+
+OCObject** OCVector::resizeBlockWithSpare(OCObject** block, unsigned long slots) {
+    try {
+        if (slots <= ~0UL / 2)
+            return resizeBlock(block, 2 * slots);
+    } catch (const OXMemory_AllocationError&) {
+        // Without room to spare it may still be possible.
+    }
+    return resizeBlock(block, slots);
+}
+
+void OCVector::releaseBlock(OCObject** block) noexcept {
+    vectorRelease(block);
+}
+
+void OCVector::takeSlots(Slots slots) {
+    elements = slots.block;
+    capacity = slots.capacity;
 }
 
 void OCVector::nullSlots(unsigned long from, unsigned long to) {
