@@ -103,10 +103,7 @@ OCDateTime OCFileStream::getTimeCreated() const {
 }
 
 OCFileStreamLock::~OCFileStreamLock() noexcept {
-    try {
-        unlock();
-    } catch (...) {
-    }
+    unlock();
 }
 
 bool OCFileStreamLock::lock(unsigned long first, unsigned long byteCount) {

@@ -15,10 +15,7 @@ unsigned int lastError() noexcept {
 } // namespace
 
 OCHandleStream::~OCHandleStream() noexcept {
-    try {
-        destroy();
-    } catch (...) {
-    }
+    destroy();
 }
 
 bool OCHandleStream::read(void* buffer, unsigned long& count) {

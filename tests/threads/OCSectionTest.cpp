@@ -426,6 +426,22 @@ TEST(OCReadWriteSection, AWriterWhoseWaitFailsLeavesTheTurnToTheOtherWriters) {
     expectFree(section);
 }
 
+TEST(OCReadWriteSection, AWriterReportsItsOwnFailureAlsoWhenItCannotBeWithdrawn) {
+    OCReadWriteSection section;
+    section.startReading();
+    std::string failure;
+    {
+        FailingThreadCall waiting(calls::pthread_cond_wait, EINVAL);
+        // The fourth mutex is the guard, taken to withdraw.
+        FailingThreadCall locking(calls::pthread_mutex_lock, EPERM, 4);
+        failure = thrown<OXEvent_WaitError>([&] { section.startWriting(); });
+    }
+    EXPECT_EQ(failure,
+              "OXEvent_WaitError: Error waiting for synchronization event (Invalid argument)");
+    EXPECT_EQ(writers(section), 1U);
+    section.stopReading();
+}
+
 TEST(OCReadWriteSection, AReaderWhoseWaitFailsIsNotInside) {
     OCReadWriteSection section;
     section.startWriting();
