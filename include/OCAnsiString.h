@@ -47,24 +47,28 @@ protected:
 class ORVABASE_EXPORT OCAnsiString : public OCAbstractString {
 public:
     /// An empty string.
-    OCAnsiString() noexcept : data(localBuffer), granularity(64), capacity(64), length(0) {
-        localBuffer[0] = 0;
-    }
-    OCAnsiString(char c);
+    OCAnsiString() noexcept { initializeShort("", 0); }
+    OCAnsiString(char c) noexcept { initializeShort(&c, 1); }
     /// Exactly `count` bytes, zero bytes included.
     /// @throws OXMemory_AllocationError (so do all constructors but the default one).
-    OCAnsiString(const char* text, unsigned long count);
+    OCAnsiString(const char* text, unsigned long count) { initialize(text, count); }
     /// The bytes before the first zero byte.
-    OCAnsiString(const char* text);
-    OCAnsiString(const OCAnsiString& other);
+    OCAnsiString(const char* text) { initialize(text, std::strlen(text)); }
+    OCAnsiString(const OCAnsiString& other) : OCAbstractString(other) { initialize(other); }
     /// Takes `other`'s content, which is empty afterwards.
-    OCAnsiString(OCAnsiString&& other) noexcept;
+    OCAnsiString(OCAnsiString&& other) noexcept : OCAbstractString(other) { take(other); }
     /// The low 8 bits of each character of `text`; no encoding is applied.
     OCAnsiString(const OCWideString& text);
-    ~OCAnsiString() noexcept override;
+    ~OCAnsiString() noexcept override { release(); }
 
     OCAnsiString& operator=(const OCAnsiString& other) { return assign(other); }
-    OCAnsiString& operator=(OCAnsiString&& other) noexcept;
+    OCAnsiString& operator=(OCAnsiString&& other) noexcept {
+        if (this != &other) {
+            release();
+            take(other);
+        }
+        return *this;
+    }
 
     /// Replace the content, as the constructor of the same form makes it.
     /// @throws OXMemory_AllocationError
@@ -110,11 +114,23 @@ public:
     ///
     /// Note: only one slash is removed: `a//` and `/b` give `a//b`.
     /// @throws OXMemory_AllocationError
-    OCAnsiString& append(char c, OEStringConcat mode = StringConcatPlain);
-    OCAnsiString& append(const char* text, OEStringConcat mode = StringConcatPlain);
+    OCAnsiString& append(char c, OEStringConcat mode = StringConcatPlain) {
+        const unsigned long n = length + 1;
+        if (n >= capacity || mode == StringConcatPath)
+            return appendSlowly(c, mode);
+        data[length] = c;
+        return endAt(n);
+    }
+    OCAnsiString& append(const char* text, OEStringConcat mode = StringConcatPlain) {
+        return append(text, std::strlen(text), mode);
+    }
     OCAnsiString& append(const char* text, unsigned long count,
-                         OEStringConcat mode = StringConcatPlain);
-    OCAnsiString& append(const OCAnsiString& text, OEStringConcat mode = StringConcatPlain);
+                         OEStringConcat mode = StringConcatPlain) {
+        return mode == StringConcatPath ? appendPath(text, count) : appendPlain(text, count);
+    }
+    OCAnsiString& append(const OCAnsiString& text, OEStringConcat mode = StringConcatPlain) {
+        return append(text.data, text.length, mode);
+    }
     /// Appends plainly.
     OCAnsiString& operator+=(const OCAnsiString& text) { return append(text); }
     OCAnsiString& operator+=(const char* text) { return append(text); }
@@ -124,9 +140,13 @@ public:
     OCAnsiString& operator/=(const char* text) { return append(text, StringConcatPath); }
     OCAnsiString& operator/=(char c) { return append(c, StringConcatPath); }
     /// A new string: this one with `other` appended.
-    OCAnsiString concat(const OCAnsiString& other, OEStringConcat mode = StringConcatPlain) const;
-    OCAnsiString operator+(const OCAnsiString& text) const;
-    OCAnsiString operator/(const OCAnsiString& text) const;
+    OCAnsiString concat(const OCAnsiString& other, OEStringConcat mode = StringConcatPlain) const {
+        return join(data, length, other.data, other.length, mode);
+    }
+    OCAnsiString operator+(const OCAnsiString& text) const { return concat(text); }
+    OCAnsiString operator/(const OCAnsiString& text) const {
+        return concat(text, StringConcatPath);
+    }
 
     /// Inserts `text` before `position`.
     ///
@@ -167,8 +187,12 @@ public:
     ///
     /// Note: bytes count as signed, so 128 to 255 come before 0 to 127.
     OECompareResult compare(const OCAnsiString& other,
-                            OEStringCase sense = StringCaseSensitive) const;
-    bool operator==(const OCAnsiString& other) const;
+                            OEStringCase sense = StringCaseSensitive) const noexcept {
+        return sense == StringCaseInsensitive ? compareFolded(other) : compareExactly(other);
+    }
+    bool operator==(const OCAnsiString& other) const {
+        return length == other.length && std::memcmp(data, other.data, length) == 0;
+    }
     bool operator!=(const OCAnsiString& other) const { return !(*this == other); }
     bool operator<(const OCAnsiString& other) const { return compare(other) < 0; }
     bool operator<=(const OCAnsiString& other) const { return compare(other) <= 0; }
@@ -198,14 +222,81 @@ public:
     OCAnsiString& unescape();
 
 private:
-    void initialize(const char* text, unsigned long count);
+    // Most strings are short: up to 15 characters are made and copied here, the rest is left to the
+    // library. A short text is stored with the bytes behind it as one block, because the copy that
+    // often follows would wait for several smaller stores.
+
+    using Block __attribute__((vector_size(16))) = unsigned long;
+
+    void initialize(const char* text, unsigned long count) {
+        if (count < sizeof(Block))
+            initializeShort(text, count);
+        else
+            initializeLong(text, count);
+    }
+    void initialize(const OCAnsiString& other) {
+        if (other.length < sizeof(Block)) {
+            begin(other.length);
+            std::memcpy(localBuffer, other.data, sizeof(Block));
+        } else
+            initializeLong(other);
+    }
+    void initializeShort(const char* text, unsigned long count) noexcept {
+        unsigned long first = 0;
+        unsigned long second = 0;
+        if (count >= 8) {
+            std::memcpy(&first, text, 8);
+            std::memcpy(&second, text + count - 8, 8);
+            second = second >> 8 >> (15 - count) * 8;
+        } else if (count >= 4) {
+            unsigned int head = 0;
+            unsigned int tail = 0;
+            std::memcpy(&head, text, 4);
+            std::memcpy(&tail, text + count - 4, 4);
+            first = head | static_cast<unsigned long>(tail) << (count - 4) * 8;
+        } else if (count > 0) {
+            const auto byte = [text](unsigned long index) {
+                return static_cast<unsigned long>(static_cast<unsigned char>(text[index]))
+                       << index * 8;
+            };
+            first = byte(0) | byte(count / 2) | byte(count - 1);
+        }
+        const Block block = {first, second};
+        begin(count);
+        std::memcpy(localBuffer, &block, sizeof(block));
+    }
+    void begin(unsigned long count) noexcept {
+        data = localBuffer;
+        granularity = 64;
+        capacity = 64;
+        length = count;
+    }
+    OCAnsiString& endAt(unsigned long n) noexcept {
+        data[n] = 0;
+        length = n;
+        return *this;
+    }
+    void release() noexcept {
+        if (data != localBuffer)
+            releaseBlock();
+    }
+    void releaseBlock() noexcept;
+    void initializeLong(const char* text, unsigned long count);
+    void initializeLong(const OCAnsiString& other);
+    [[gnu::noinline]] void initializeBlock(const char* text, unsigned long count);
     void take(OCAnsiString& other) noexcept;
-    void release() noexcept;
     void changeCapacity(unsigned long n);
-    void endAt(unsigned long n) noexcept;
     bool holds(const char* text, unsigned long count) const noexcept;
     OCAnsiString& keep(unsigned long head, unsigned long skip, unsigned long tail);
+    OCAnsiString& appendSlowly(char c, OEStringConcat mode);
+    OCAnsiString& appendPlain(const char* text, unsigned long count);
+    OCAnsiString& appendPath(const char* text, unsigned long count);
+    static OCAnsiString join(const char* left, unsigned long leftCount, const char* right,
+                             unsigned long rightCount, OEStringConcat mode);
     OCAnsiString& extend(bool slash, const char* text, unsigned long count);
+    OECompareResult compareExactly(const OCAnsiString& other) const noexcept;
+    [[gnu::noinline]] OECompareResult compareLong(const OCAnsiString& other) const noexcept;
+    OECompareResult compareFolded(const OCAnsiString& other) const noexcept;
     OCAnsiString& insertText(unsigned long position, const OCAnsiString& text);
 
     char localBuffer[128];

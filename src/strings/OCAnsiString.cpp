@@ -12,6 +12,8 @@ namespace {
 
 constexpr unsigned long step = 64;
 constexpr unsigned long inlineCapacity = 128;
+constexpr unsigned long blockSize = 16;
+using Block __attribute__((vector_size(16))) = unsigned long;
 constexpr unsigned long longest = ~0UL - step;
 
 /// The bytes that a text of `length` characters is stored in: the smallest multiple of the step
@@ -71,6 +73,95 @@ int escapedByte(const char* text, unsigned long count, unsigned long index) {
     return high < 0 || low < 0 ? -1 : high * 16 + low;
 }
 
+/// Copies the text of an inline string: whole buffers, which takes less time than to tell apart the
+/// bytes that count.
+void copyInline(char* to, const char* from, unsigned long length) {
+    if (length < step)
+        std::memcpy(to, from, step);
+    else
+        std::memcpy(to, from, inlineCapacity);
+}
+
+/// Stores a text of 16 to 127 characters and zeros behind it, in whole blocks.
+void fillInline(char* to, const char* text, unsigned long count) {
+    const unsigned long rest = count % blockSize;
+    const char* const end = text + count;
+    if (count >= step) {
+        std::memcpy(to, text, step);
+        to += step;
+        text += step;
+    }
+    for (; text != end - rest; to += blockSize, text += blockSize)
+        std::memcpy(to, text, blockSize);
+    unsigned long last[2];
+    std::memcpy(last, end - blockSize, blockSize);
+    if (rest < 8) {
+        last[0] = last[1] >> 8 >> (7 - rest) * 8;
+        last[1] = 0;
+    } else {
+        const unsigned long shift = (16 - rest) * 8; // 8 to 64
+        last[0] = last[0] >> (shift - 8) >> 8 | last[1] << (64 - shift);
+        last[1] = last[1] >> (shift - 8) >> 8;
+    }
+    Block block = {last[0], last[1]};
+    std::memcpy(to, &block, blockSize);
+}
+
+/// `memmove`, without a call for the shortest texts.
+void moveText(char* to, const char* from, unsigned long count) {
+    if (count > 16) {
+        std::memmove(to, from, count);
+    } else if (count >= 8) {
+        unsigned long head = 0;
+        unsigned long tail = 0;
+        std::memcpy(&head, from, 8);
+        std::memcpy(&tail, from + count - 8, 8);
+        std::memcpy(to, &head, 8);
+        std::memcpy(to + count - 8, &tail, 8);
+    } else if (count >= 4) {
+        unsigned int head = 0;
+        unsigned int tail = 0;
+        std::memcpy(&head, from, 4);
+        std::memcpy(&tail, from + count - 4, 4);
+        std::memcpy(to, &head, 4);
+        std::memcpy(to + count - 4, &tail, 4);
+    } else if (count > 0) {
+        const char head = from[0];
+        const char middle = from[count / 2];
+        const char tail = from[count - 1];
+        to[0] = head;
+        to[count / 2] = middle;
+        to[count - 1] = tail;
+    }
+}
+
+/// What a path join puts between its two texts, neither of them empty, or takes from the second.
+struct Joint {
+    Joint() = default;
+    Joint(const char* left, unsigned long leftCount, const char* right) {
+        const bool ends = left[leftCount - 1] == '/';
+        const bool starts = *right == '/';
+        slash = !ends && !starts ? 1 : 0;
+        skipped = ends && starts ? 1 : 0;
+    }
+
+    unsigned long slash = 0;
+    unsigned long skipped = 0;
+};
+
+template<typename Value>
+OECompareResult order(Value a, Value b) {
+    return static_cast<OECompareResult>((a > b) - (a < b));
+}
+
+/// Eight characters as a number of the same order. (The storage of a string is a multiple of 64
+/// bytes, so a whole word can be read at its last characters, too.)
+unsigned long orderedWord(const char* text) {
+    unsigned long word = 0;
+    std::memcpy(&word, text, 8);
+    return __builtin_bswap64(word) ^ 0x8080808080808080; // signed bytes
+}
+
 unsigned long findText(const char* text, unsigned long count, const OCAnsiString& pattern,
                        OEStringCase sense) {
     return sense == StringCaseInsensitive
@@ -87,36 +178,45 @@ void OCAbstractString::throwNoSuchIndex(unsigned long index) {
 
 // Storage
 
-void OCAnsiString::initialize(const char* text, unsigned long count) {
+void OCAnsiString::initializeLong(const char* text, unsigned long count) {
+    if (count >= inlineCapacity)
+        return initializeBlock(text, count);
+    begin(count);
+    capacity = count < step ? step : inlineCapacity;
+    fillInline(localBuffer, text, count);
+}
+
+void OCAnsiString::initializeLong(const OCAnsiString& other) {
+    if (other.length >= inlineCapacity)
+        return initializeBlock(other.data, other.length);
+    begin(other.length);
+    capacity = other.capacity;
+    copyInline(localBuffer, other.localBuffer, other.length);
+}
+
+void OCAnsiString::initializeBlock(const char* text, unsigned long count) {
     const unsigned long needed = capacityFor(count);
-    data = localBuffer;
-    if (needed > inlineCapacity)
-        stringAllocate(data, needed);
-    stringCopy(data, text, count);
-    data[count] = 0;
-    granularity = step;
+    char* block = nullptr;
+    stringAllocate(block, needed);
+    std::memcpy(block, text, count);
+    begin(count);
     capacity = needed;
-    length = count;
+    data = block;
+    data[count] = 0;
 }
 
 void OCAnsiString::take(OCAnsiString& other) noexcept {
-    granularity = step;
+    begin(other.length);
     capacity = other.capacity;
-    length = other.length;
-    if (other.data == other.localBuffer) {
-        data = localBuffer;
-        std::memcpy(data, other.data, length + 1);
-    } else
+    if (other.data == other.localBuffer)
+        copyInline(localBuffer, other.localBuffer, length);
+    else
         data = other.data;
-    other.data = other.localBuffer;
-    other.localBuffer[0] = 0;
-    other.capacity = step;
-    other.length = 0;
+    other.initializeShort("", 0);
 }
 
-void OCAnsiString::release() noexcept {
-    if (data != localBuffer)
-        stringRelease(data);
+void OCAnsiString::releaseBlock() noexcept {
+    stringRelease(data);
 }
 
 void OCAnsiString::changeCapacity(unsigned long n) {
@@ -139,11 +239,6 @@ void OCAnsiString::changeCapacity(unsigned long n) {
         data = localBuffer;
     }
     capacity = needed;
-}
-
-void OCAnsiString::endAt(unsigned long n) noexcept {
-    data[n] = 0;
-    length = n;
 }
 
 bool OCAnsiString::holds(const char* text, unsigned long count) const noexcept {
@@ -181,40 +276,8 @@ OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip, unsigne
 
 // Construction and assignment
 
-OCAnsiString::OCAnsiString(char c) {
-    initialize(&c, 1);
-}
-
-OCAnsiString::OCAnsiString(const char* text, unsigned long count) {
-    initialize(text, count);
-}
-
-OCAnsiString::OCAnsiString(const char* text) {
-    initialize(text, stringLength(text));
-}
-
-OCAnsiString::OCAnsiString(const OCAnsiString& other) : OCAbstractString(other) {
-    initialize(other.data, other.length);
-}
-
-OCAnsiString::OCAnsiString(OCAnsiString&& other) noexcept : OCAbstractString(other) {
-    take(other);
-}
-
 OCAnsiString::OCAnsiString(const OCWideString& text) : OCAnsiString() {
     assign(text);
-}
-
-OCAnsiString::~OCAnsiString() noexcept {
-    release();
-}
-
-OCAnsiString& OCAnsiString::operator=(OCAnsiString&& other) noexcept {
-    if (this != &other) {
-        release();
-        take(other);
-    }
-    return *this;
 }
 
 OCAnsiString& OCAnsiString::assign(char c) {
@@ -292,56 +355,47 @@ OCAnsiString& OCAnsiString::extend(bool slash, const char* text, unsigned long c
     return *this;
 }
 
-OCAnsiString& OCAnsiString::append(char c, OEStringConcat mode) {
+OCAnsiString& OCAnsiString::appendSlowly(char c, OEStringConcat mode) {
     return append(&c, 1, mode);
 }
 
-OCAnsiString& OCAnsiString::append(const char* text, OEStringConcat mode) {
-    return append(text, stringLength(text), mode);
-}
-
-OCAnsiString& OCAnsiString::append(const char* text, unsigned long count, OEStringConcat mode) {
-    if (count == 0)
-        return *this;
-    if (length == 0)
-        return assign(text, count);
-    if (mode != StringConcatPath)
+OCAnsiString& OCAnsiString::appendPlain(const char* text, unsigned long count) {
+    if (count >= capacity - length)
         return extend(false, text, count);
-    const bool ends = data[length - 1] == '/';
-    const bool starts = *text == '/';
-    if (ends && starts)
-        return extend(false, text + 1, count - 1);
-    return extend(!ends && !starts, text, count);
+    moveText(data + length, text, count);
+    return endAt(length + count);
 }
 
-OCAnsiString& OCAnsiString::append(const OCAnsiString& text, OEStringConcat mode) {
-    return append(text.data, text.length, mode);
+OCAnsiString& OCAnsiString::appendPath(const char* text, unsigned long count) {
+    if (length == 0 || count == 0)
+        return appendPlain(text, count);
+    const Joint joint(data, length, text);
+    return joint.slash ? extend(true, text, count)
+                       : appendPlain(text + joint.skipped, count - joint.skipped);
 }
 
-OCAnsiString OCAnsiString::concat(const OCAnsiString& other, OEStringConcat mode) const {
-    OCAnsiString result(*this);
-    result.append(other, mode);
+OCAnsiString OCAnsiString::join(const char* left, unsigned long leftCount, const char* right,
+                                unsigned long rightCount, OEStringConcat mode) {
+    Joint joint;
+    if (mode == StringConcatPath && leftCount > 0 && rightCount > 0)
+        joint = Joint(left, leftCount, right);
+    const unsigned long front = sum(leftCount, joint.slash);
+    const unsigned long behind = rightCount - joint.skipped;
+    OCAnsiString result;
+    result.setLength(sum(front, behind));
+    moveText(result.data, left, leftCount);
+    if (joint.slash)
+        result.data[leftCount] = '/';
+    moveText(result.data + front, right + joint.skipped, behind);
     return result;
-}
-
-OCAnsiString OCAnsiString::operator+(const OCAnsiString& text) const {
-    return concat(text, StringConcatPlain);
-}
-
-OCAnsiString OCAnsiString::operator/(const OCAnsiString& text) const {
-    return concat(text, StringConcatPath);
 }
 
 OCAnsiString operator+(const char* left, const OCAnsiString& right) {
-    OCAnsiString result(left);
-    result.append(right, StringConcatPlain);
-    return result;
+    return OCAnsiString(left) + right;
 }
 
 OCAnsiString operator/(const char* left, const OCAnsiString& right) {
-    OCAnsiString result(left);
-    result.append(right, StringConcatPath);
-    return result;
+    return OCAnsiString(left) / right;
 }
 
 // Parts
@@ -456,24 +510,38 @@ OCAnsiString& OCAnsiString::upperCase() {
 
 // Comparison and search
 
-OECompareResult OCAnsiString::compare(const OCAnsiString& other, OEStringCase sense) const {
+OECompareResult OCAnsiString::compareExactly(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
-    const bool folded = sense == StringCaseInsensitive;
-    const unsigned long index = folded ? orvabase::kernels::mismatchFolded(data, other.data, common)
-                                       : orvabase::kernels::mismatch(data, other.data, common);
-    if (index == common)
-        return length < other.length   ? CompareResultLess
-               : length > other.length ? CompareResultGreater
-                                       : CompareResultEqual;
-    const auto value = [folded](char c) {
-        const auto byte = static_cast<signed char>(c);
-        return folded && byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
-    };
-    return value(data[index]) < value(other.data[index]) ? CompareResultLess : CompareResultGreater;
+    if (common > step)
+        return compareLong(other);
+    unsigned long left = 0;
+    unsigned long right = 0;
+    unsigned long i = 0;
+    for (; common - i >= 8 && left == right; i += 8) {
+        left = orderedWord(data + i);
+        right = orderedWord(other.data + i);
+    }
+    if (i < common && left == right) {
+        const unsigned long behind = (8 - (common - i)) * 8;
+        left = orderedWord(data + i) >> behind;
+        right = orderedWord(other.data + i) >> behind;
+    }
+    if (left != right)
+        return left < right ? CompareResultLess : CompareResultGreater;
+    return order(length, other.length);
 }
 
-bool OCAnsiString::operator==(const OCAnsiString& other) const {
-    return length == other.length && std::memcmp(data, other.data, length) == 0;
+OECompareResult OCAnsiString::compareLong(const OCAnsiString& other) const noexcept {
+    const unsigned long common = length < other.length ? length : other.length;
+    const unsigned long i = orvabase::kernels::mismatch(data, other.data, common);
+    return i < common ? order(data[i], other.data[i]) : order(length, other.length);
+}
+
+OECompareResult OCAnsiString::compareFolded(const OCAnsiString& other) const noexcept {
+    const unsigned long common = length < other.length ? length : other.length;
+    const unsigned long i = orvabase::kernels::mismatchFolded(data, other.data, common);
+    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
+    return i < common ? order(fold(data[i]), fold(other.data[i])) : order(length, other.length);
 }
 
 bool operator==(const char* left, const OCAnsiString& right) {
