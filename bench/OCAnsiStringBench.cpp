@@ -227,15 +227,15 @@ void lowerQt(State& state) {
 std::string replaceText() {
     std::string text = words(textSize);
     for (unsigned long i = 50; i + 100 < text.size(); i += 100)
-        text.replace(i, 3, "qua");
+        text.replace(i, 3, "end");
     return text;
 }
 
 void replaceOurs(State& state) {
     const std::string source = replaceText();
     const OCAnsiString text(source.data(), source.size());
-    const OCAnsiString from("qua");
-    const OCAnsiString to("quorum");
+    const OCAnsiString from("end");
+    const OCAnsiString to("finish");
     for (auto _ : state) {
         OCAnsiString replaced(text);
         replaced.replace(from, to);
@@ -247,7 +247,7 @@ void replaceOurs(State& state) {
 void replaceAbseil(State& state) {
     const std::string source = replaceText();
     for (auto _ : state) {
-        std::string replaced = absl::StrReplaceAll(source, {{"qua", "quorum"}});
+        std::string replaced = absl::StrReplaceAll(source, {{"end", "finish"}});
         DoNotOptimize(&replaced);
         ClobberMemory();
     }

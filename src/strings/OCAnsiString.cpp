@@ -4,9 +4,12 @@
 #include "OCStringConversion.h"
 #include "OCWideString.h"
 #include "core/OCKernels.h"
+#include "core/OCKernelsText.h"
 
 #include <cstring>
 #include <ostream>
+
+namespace kernels = orvabase::kernels;
 
 namespace {
 
@@ -14,6 +17,7 @@ constexpr unsigned long step = 64;
 constexpr unsigned long inlineCapacity = 128;
 constexpr unsigned long blockSize = 16;
 using Block __attribute__((vector_size(16))) = unsigned long;
+constexpr unsigned long notFound = kernels::notFound;
 constexpr unsigned long longest = ~0UL - step;
 
 /// The bytes that a text of `length` characters is stored in: the smallest multiple of the step
@@ -32,45 +36,6 @@ unsigned long sum(unsigned long a, unsigned long b) {
 
 bool isBlank(char c) {
     return static_cast<unsigned char>(c) <= 32;
-}
-
-// What URL form does with each byte: its length there, and the value of a hexadecimal digit.
-
-struct EscapeTables {
-    unsigned char width[256];
-    signed char digit[256];
-};
-
-constexpr EscapeTables makeEscapeTables() {
-    EscapeTables tables{};
-    for (int i = 0; i < 256; ++i) {
-        const bool decimal = i >= '0' && i <= '9';
-        const bool upper = i >= 'A' && i <= 'Z';
-        const bool lower = i >= 'a' && i <= 'z';
-        const bool kept = decimal || upper || lower || i == '-' || i == '_';
-        tables.width[i] = kept || i == ' ' ? 1 : 3;
-        tables.digit[i] = static_cast<signed char>(decimal             ? i - '0'
-                                                   : upper && i <= 'F' ? i - 'A' + 10
-                                                   : lower && i <= 'f' ? i - 'a' + 10
-                                                                       : -1);
-    }
-    return tables;
-}
-
-constexpr EscapeTables escapeTables = makeEscapeTables();
-constexpr char hexDigits[] = "0123456789abcdef";
-
-int digitValue(char c) {
-    return escapeTables.digit[static_cast<unsigned char>(c)];
-}
-
-/// The byte that the two digits after a `%` at `text[index]` spell, or -1.
-int escapedByte(const char* text, unsigned long count, unsigned long index) {
-    if (count - index <= 2)
-        return -1;
-    const int high = digitValue(text[index + 1]);
-    const int low = digitValue(text[index + 2]);
-    return high < 0 || low < 0 ? -1 : high * 16 + low;
 }
 
 /// Copies the text of an inline string: whole buffers, which takes less time than to tell apart the
@@ -165,10 +130,65 @@ unsigned long orderedWord(const char* text) {
 unsigned long findText(const char* text, unsigned long count, const OCAnsiString& pattern,
                        OEStringCase sense) {
     return sense == StringCaseInsensitive
-               ? orvabase::kernels::findTextFolded(text, count, pattern.getString(),
-                                                   pattern.getLength())
-               : orvabase::kernels::findText(text, count, pattern.getString(), pattern.getLength());
+               ? kernels::findTextFolded(text, count, pattern.getString(), pattern.getLength())
+               : kernels::findText(text, count, pattern.getString(), pattern.getLength());
 }
+
+/// The occurrences of a pattern in a text, from the left and without overlaps. Remembers the places
+/// of a number of them at a time.
+class Occurrences {
+public:
+    Occurrences(const char* text, unsigned long textCount, const OCAnsiString& wanted,
+                OEStringCase matching)
+        : pattern(wanted), sense(matching) {
+        search(text, textCount, 0);
+        first = places[0];
+        total = held;
+        while (held == room) {
+            search(text, textCount, places[room - 1] + pattern.getLength());
+            total += held;
+        }
+        next = total < room ? 0 : held; // only then are they all remembered
+    }
+
+    unsigned long getTotal() const { return total; }
+    unsigned long getFirst() const { return first; }
+    /// The first occurrence, and then the one after each. The text is that of the constructor,
+    /// which may have moved, from `at` on.
+    unsigned long getNext(const char* text, unsigned long textCount, unsigned long at) {
+        if (next == held)
+            search(text, textCount, at);
+        return places[next++];
+    }
+
+private:
+    void search(const char* text, unsigned long textCount, unsigned long start) {
+        next = 0;
+        held = 0;
+        if (sense != StringCaseInsensitive) {
+            held = kernels::findTexts(text, textCount, pattern.getString(), pattern.getLength(),
+                                      start, places, room);
+            return;
+        }
+        for (unsigned long at = start; held < room; at = places[held++] + pattern.getLength()) {
+            const unsigned long distance = kernels::findTextFolded(
+                text + at, textCount - at, pattern.getString(), pattern.getLength());
+            if (distance == notFound)
+                return;
+            places[held] = at + distance;
+        }
+    }
+
+    static constexpr unsigned long room = 1024;
+
+    const OCAnsiString& pattern;
+    const OEStringCase sense;
+    unsigned long total;
+    unsigned long first;
+    unsigned long next = 0;
+    unsigned long held = 0;
+    unsigned long places[room];
+};
 
 } // namespace
 
@@ -312,7 +332,7 @@ OCAnsiString& OCAnsiString::assign(const OCAnsiString& other) {
 OCAnsiString& OCAnsiString::assign(const OCWideString& text) {
     const unsigned long count = text.getLength();
     setLength(count);
-    orvabase::kernels::narrow(data, text.getString(), count);
+    kernels::narrow(data, text.getString(), count);
     return *this;
 }
 
@@ -356,7 +376,12 @@ OCAnsiString& OCAnsiString::extend(bool slash, const char* text, unsigned long c
 }
 
 OCAnsiString& OCAnsiString::appendSlowly(char c, OEStringConcat mode) {
-    return append(&c, 1, mode);
+    if (mode == StringConcatPath)
+        return appendPath(&c, 1);
+    const unsigned long last = length;
+    changeCapacity(last + 1);
+    data[last] = c;
+    return endAt(last + 1);
 }
 
 OCAnsiString& OCAnsiString::appendPlain(const char* text, unsigned long count) {
@@ -499,12 +524,12 @@ OCAnsiString& OCAnsiString::padRight(char c, unsigned long width) {
 }
 
 OCAnsiString& OCAnsiString::lowerCase() {
-    orvabase::kernels::foldLower(data, data, length);
+    kernels::foldLower(data, data, length);
     return *this;
 }
 
 OCAnsiString& OCAnsiString::upperCase() {
-    orvabase::kernels::foldUpper(data, data, length);
+    kernels::foldUpper(data, data, length);
     return *this;
 }
 
@@ -514,32 +539,32 @@ OECompareResult OCAnsiString::compareExactly(const OCAnsiString& other) const no
     const unsigned long common = length < other.length ? length : other.length;
     if (common > step)
         return compareLong(other);
-    unsigned long left = 0;
-    unsigned long right = 0;
     unsigned long i = 0;
-    for (; common - i >= 8 && left == right; i += 8) {
-        left = orderedWord(data + i);
-        right = orderedWord(other.data + i);
+    for (; common - i >= 8; i += 8) {
+        const unsigned long left = orderedWord(data + i);
+        const unsigned long right = orderedWord(other.data + i);
+        if (left != right)
+            return left < right ? CompareResultLess : CompareResultGreater;
     }
-    if (i < common && left == right) {
+    if (i < common) {
         const unsigned long behind = (8 - (common - i)) * 8;
-        left = orderedWord(data + i) >> behind;
-        right = orderedWord(other.data + i) >> behind;
+        const unsigned long left = orderedWord(data + i) >> behind;
+        const unsigned long right = orderedWord(other.data + i) >> behind;
+        if (left != right)
+            return left < right ? CompareResultLess : CompareResultGreater;
     }
-    if (left != right)
-        return left < right ? CompareResultLess : CompareResultGreater;
     return order(length, other.length);
 }
 
 OECompareResult OCAnsiString::compareLong(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
-    const unsigned long i = orvabase::kernels::mismatch(data, other.data, common);
+    const unsigned long i = kernels::mismatch(data, other.data, common);
     return i < common ? order(data[i], other.data[i]) : order(length, other.length);
 }
 
 OECompareResult OCAnsiString::compareFolded(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
-    const unsigned long i = orvabase::kernels::mismatchFolded(data, other.data, common);
+    const unsigned long i = kernels::mismatchFolded(data, other.data, common);
     const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
     return i < common ? order(fold(data[i]), fold(other.data[i])) : order(length, other.length);
 }
@@ -570,9 +595,9 @@ bool operator>=(const char* left, const OCAnsiString& right) {
 
 bool OCAnsiString::indexOf(char c, unsigned long& position, OEStringCase sense) const {
     const unsigned long index = sense == StringCaseInsensitive
-                                    ? orvabase::kernels::findByteFolded(data, length, c)
-                                    : orvabase::kernels::findByte(data, length, c);
-    if (index == orvabase::kernels::notFound)
+                                    ? kernels::findByteFolded(data, length, c)
+                                    : kernels::findByte(data, length, c);
+    if (index == notFound)
         return false;
     position = index;
     return true;
@@ -583,7 +608,7 @@ bool OCAnsiString::indexOf(const OCAnsiString& text, unsigned long& position,
     if (text.length == 0 || text.length > length)
         return false;
     const unsigned long index = findText(data, length, text, sense);
-    if (index == orvabase::kernels::notFound)
+    if (index == notFound)
         return false;
     position = index;
     return true;
@@ -603,75 +628,71 @@ OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString
                                     OEStringCase sense) {
     if (from.length == 0 || from.length > length)
         return *this;
-    // Size the result first, so that it takes one allocation and this string stays whole until it
-    // is there.
-    unsigned long hits = 0;
-    unsigned long found = 0;
-    for (unsigned long at = 0;
-         (found = findText(data + at, length - at, from, sense)) != orvabase::kernels::notFound;
-         at += found + from.length)
-        ++hits;
-    if (hits == 0)
+    if (this == &from)
+        return assign(to);
+    Occurrences found(data, length, from, sense);
+    const unsigned long total = found.getTotal();
+    if (total == 0)
         return *this;
-    const unsigned long kept = length - hits * from.length;
-    if (to.length > (longest - kept) / hits)
+    const unsigned long kept = length - total * from.length;
+    if (to.length > (longest - kept) / total)
         throw OXMemory_AllocationError();
-    OCAnsiString result;
-    result.setLength(kept + hits * to.length);
-    char* out = result.data;
-    unsigned long at = 0;
-    for (; hits > 0; --hits) {
-        found = findText(data + at, length - at, from, sense);
-        stringCopy(out, data + at, found);
-        stringCopy(out + found, to.data, to.length);
-        out += found + to.length;
-        at += found + from.length;
+    const unsigned long n = kept + total * to.length;
+    if (this == &to && n > length)
+        return replace(from, OCAnsiString(to), sense);
+
+    // A longer text is put together in place, from the old one moved to the end of the room; a
+    // shorter one in place if its storage stays, else in its new storage.
+    const unsigned long needed = capacityFor(n);
+    const unsigned long first = found.getFirst();
+    char* target = data;
+    const char* source = data;
+    if (n >= length) {
+        if (needed != capacity)
+            changeCapacity(n);
+        target = data;
+        source = data + (n - length);
+        std::memmove(data + (n - length) + first, data + first, length - first);
+    } else if (needed != capacity && data != localBuffer) {
+        target = localBuffer;
+        if (needed > inlineCapacity)
+            stringAllocate(target, needed);
+        std::memcpy(target, data, first);
     }
-    stringCopy(out, data + at, length - at);
-    return *this = static_cast<OCAnsiString&&>(result);
+    char* out = target + first;
+    unsigned long at = first;
+    for (unsigned long i = 0; i < total; ++i) {
+        const unsigned long hit = found.getNext(source, length, at);
+        moveText(out, source + at, hit - at);
+        out += hit - at;
+        moveText(out, to.data, to.length);
+        out += to.length;
+        at = hit + from.length;
+    }
+    std::memmove(out, source + at, length - at);
+    if (target != data) {
+        release();
+        data = target;
+    }
+    capacity = needed;
+    return endAt(n);
 }
 
 // URL form
 
 OCAnsiString& OCAnsiString::escape() {
-    unsigned long n = 0;
-    for (unsigned long i = 0; i < length; ++i)
-        n = sum(n, escapeTables.width[static_cast<unsigned char>(data[i])]);
     OCAnsiString result;
-    result.setLength(n);
-    char* out = result.data;
-    for (unsigned long i = 0; i < length; ++i) {
-        const auto byte = static_cast<unsigned char>(data[i]);
-        if (escapeTables.width[byte] == 1) {
-            *out++ = byte == ' ' ? '+' : data[i];
-        } else {
-            *out++ = '%';
-            *out++ = hexDigits[byte >> 4];
-            *out++ = hexDigits[byte & 15];
-        }
-    }
+    result.setLength(length + 2 * kernels::countEscaped(data, length));
+    kernels::escape(result.data, data, length);
     return *this = static_cast<OCAnsiString&&>(result);
 }
 
 OCAnsiString& OCAnsiString::unescape() {
-    unsigned long n = length;
-    for (unsigned long i = 0; i < length; ++i) {
-        if (data[i] == '%' && escapedByte(data, length, i) >= 0) {
-            n -= 2;
-            i += 2;
-        }
-    }
+    if (kernels::findEither(data, length, '%', '+') == notFound)
+        return *this;
     OCAnsiString result;
-    result.setLength(n);
-    char* out = result.data;
-    for (unsigned long i = 0; i < length; ++i) {
-        const int byte = data[i] == '%' ? escapedByte(data, length, i) : -1;
-        if (byte >= 0) {
-            *out++ = static_cast<char>(byte);
-            i += 2;
-        } else
-            *out++ = data[i] == '+' ? ' ' : data[i];
-    }
+    result.setLength(length);
+    result.setLength(kernels::unescape(result.data, data, length));
     return *this = static_cast<OCAnsiString&&>(result);
 }
 
