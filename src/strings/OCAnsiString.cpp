@@ -114,9 +114,16 @@ struct Joint {
     unsigned long skipped = 0;
 };
 
-template<typename Value>
-OECompareResult order(Value a, Value b) {
+OECompareResult order(unsigned long a, unsigned long b) {
     return static_cast<OECompareResult>((a > b) - (a < b));
+}
+
+OECompareResult orderBytes(signed char a, signed char b) {
+    return static_cast<OECompareResult>((a > b) - (a < b));
+}
+
+char fold(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 /// Eight characters as a number of the same order. (The storage of a string is a multiple of 64
@@ -127,13 +134,6 @@ unsigned long orderedWord(const char* text) {
     return __builtin_bswap64(word) ^ 0x8080808080808080; // signed bytes
 }
 
-unsigned long findText(const char* text, unsigned long count, const OCAnsiString& pattern,
-                       OEStringCase sense) {
-    return sense == StringCaseInsensitive
-               ? kernels::findTextFolded(text, count, pattern.getString(), pattern.getLength())
-               : kernels::findText(text, count, pattern.getString(), pattern.getLength());
-}
-
 /// The occurrences of a pattern in a text, from the left and without overlaps. Remembers the places
 /// of a number of them at a time.
 class Occurrences {
@@ -142,7 +142,7 @@ public:
                 OEStringCase matching)
         : pattern(wanted), sense(matching) {
         search(text, textCount, 0);
-        first = places[0];
+        first = held > 0 ? places[0] : 0;
         total = held;
         while (held == room) {
             search(text, textCount, places[room - 1] + pattern.getLength());
@@ -272,7 +272,8 @@ OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip, unsigne
     const unsigned long needed = capacityFor(n);
     const char* const rest = data + head + skip;
     if (needed == capacity || data == localBuffer) {
-        stringCopy(data + head, rest, tail);
+        if (skip > 0)
+            stringCopy(data + head, rest, tail);
     } else if (needed <= inlineCapacity) {
         stringCopy(localBuffer, data, head);
         stringCopy(localBuffer + head, rest, tail);
@@ -290,8 +291,7 @@ OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip, unsigne
         data = block;
     }
     capacity = needed;
-    endAt(n);
-    return *this;
+    return endAt(n);
 }
 
 // Construction and assignment
@@ -317,8 +317,7 @@ OCAnsiString& OCAnsiString::assign(const char* text, unsigned long count) {
         data = block;
     }
     capacity = needed;
-    endAt(count);
-    return *this;
+    return endAt(count);
 }
 
 OCAnsiString& OCAnsiString::assign(const char* text) {
@@ -340,15 +339,13 @@ OCAnsiString& OCAnsiString::clear() noexcept {
     release();
     data = localBuffer;
     capacity = step;
-    endAt(0);
-    return *this;
+    return endAt(0);
 }
 
 OCAnsiString& OCAnsiString::setLength(unsigned long n) {
     if (n >= capacity || n + step < capacity)
         changeCapacity(n);
-    endAt(n);
-    return *this;
+    return endAt(n);
 }
 
 OCAnsiString& OCAnsiString::fill(char c) {
@@ -371,8 +368,7 @@ OCAnsiString& OCAnsiString::extend(bool slash, const char* text, unsigned long c
     stringCopy(data + behind, text, count);
     if (slash)
         data[front] = '/';
-    endAt(n);
-    return *this;
+    return endAt(n);
 }
 
 OCAnsiString& OCAnsiString::appendSlowly(char c, OEStringConcat mode) {
@@ -438,8 +434,7 @@ OCAnsiString& OCAnsiString::insertText(unsigned long position, const OCAnsiStrin
         stringCopy(data + position + position, data + position + count, tail);
     } else
         stringCopy(data + position, text.data, count);
-    endAt(n);
-    return *this;
+    return endAt(n);
 }
 
 OCAnsiString& OCAnsiString::insert(unsigned long position, const OCAnsiString& text) {
@@ -559,14 +554,14 @@ OECompareResult OCAnsiString::compareExactly(const OCAnsiString& other) const no
 OECompareResult OCAnsiString::compareLong(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
     const unsigned long i = kernels::mismatch(data, other.data, common);
-    return i < common ? order(data[i], other.data[i]) : order(length, other.length);
+    return i < common ? orderBytes(data[i], other.data[i]) : order(length, other.length);
 }
 
 OECompareResult OCAnsiString::compareFolded(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
     const unsigned long i = kernels::mismatchFolded(data, other.data, common);
-    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
-    return i < common ? order(fold(data[i]), fold(other.data[i])) : order(length, other.length);
+    return i < common ? orderBytes(fold(data[i]), fold(other.data[i]))
+                      : order(length, other.length);
 }
 
 bool operator==(const char* left, const OCAnsiString& right) {
@@ -607,7 +602,9 @@ bool OCAnsiString::indexOf(const OCAnsiString& text, unsigned long& position,
                            OEStringCase sense) const {
     if (text.length == 0 || text.length > length)
         return false;
-    const unsigned long index = findText(data, length, text, sense);
+    const unsigned long index = sense == StringCaseInsensitive
+                                    ? kernels::findTextFolded(data, length, text.data, text.length)
+                                    : kernels::findText(data, length, text.data, text.length);
     if (index == notFound)
         return false;
     position = index;
@@ -681,8 +678,11 @@ OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString
 // URL form
 
 OCAnsiString& OCAnsiString::escape() {
+    const unsigned long escaped = kernels::countEscaped(data, length);
+    if (escaped == 0 && !contains(' '))
+        return *this;
     OCAnsiString result;
-    result.setLength(length + 2 * kernels::countEscaped(data, length));
+    result.setLength(length + 2 * escaped);
     kernels::escape(result.data, data, length);
     return *this = static_cast<OCAnsiString&&>(result);
 }
