@@ -182,6 +182,54 @@ TEST(UnsignedIntegerConversion, KnowsExactlySixteenDigitsAmongAllBytes) {
     }
 }
 
+TEST(UnsignedIntegerConversion, EveryByteThatIsNoDigitEndsTheNumberWhereverItStands) {
+    const std::string digits = "123456789012";
+    for (unsigned long place = 0; place < digits.size(); place++)
+        for (int byte = -128; byte < 128; byte++) {
+            if (byte >= '0' && byte <= '9')
+                continue;
+            std::string input = digits;
+            input[place] = static_cast<char>(byte);
+            unsigned int expected = 0;
+            for (unsigned long i = 0; i < place; i++)
+                expected = expected * 10 + static_cast<unsigned int>(digits[i] - '0');
+            const OCAnsiString argument(input.data(), input.size());
+            ASSERT_EQ(expected, OCUnsignedIntegerConversion::fromString(argument, 10))
+                << place << " " << byte;
+            ASSERT_EQ(static_cast<int>(0U - expected),
+                      OCSignedIntegerConversion::fromString("-" + argument, 10))
+                << place << " " << byte;
+        }
+}
+
+TEST(UnsignedIntegerConversion, ReadsTextsOfEveryLength) {
+    std::string digits;
+    unsigned int expected = 0;
+    for (unsigned int i = 1; i <= 300; i++) {
+        digits += static_cast<char>('0' + i % 10);
+        expected = expected * 10 + i % 10;
+        const OCAnsiString argument(digits.data(), digits.size());
+        ASSERT_EQ(expected, OCUnsignedIntegerConversion::fromString(argument, 10)) << i;
+        ASSERT_EQ(static_cast<int>(0U - expected),
+                  OCSignedIntegerConversion::fromString("-" + argument, 10))
+            << i;
+    }
+}
+
+TEST(UnsignedIntegerConversion, DoesNotLookBehindTheText) {
+    OCAnsiString input("12345678901234567890");
+    for (unsigned long length = 19; length > 0; length--) {
+        // The old digits may still stand behind the new end.
+        input.setLength(length);
+        unsigned long expected = 0;
+        for (unsigned long i = 0; i < length; i++)
+            expected = expected * 10 + static_cast<unsigned long>(input[i] - '0');
+        ASSERT_EQ(static_cast<unsigned int>(expected),
+                  OCUnsignedIntegerConversion::fromString(input, 10))
+            << length;
+    }
+}
+
 void expectConvertStringError(const OCAnsiString& input, unsigned int radix) {
     SCOPED_TRACE(text(input) + " " + std::to_string(radix));
     EXPECT_THROW(OCUnsignedIntegerConversion::fromString(input, radix),

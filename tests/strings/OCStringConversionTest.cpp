@@ -108,6 +108,17 @@ TEST(StringConversion, EveryNumberOfDecimalDigitsIsRight) {
     EXPECT_EQ("10000000000000000000", text(OCStringConversion::fromSize(power, 10)));
 }
 
+TEST(StringConversion, NumbersAroundEveryPowerOfTwoAreRight) {
+    for (int bit = 0; bit < 64; bit++)
+        for (unsigned long offset : {-1UL, 0UL, 1UL}) {
+            const unsigned long value = (1UL << bit) + offset;
+            EXPECT_EQ(std::to_string(value), text(OCStringConversion::fromSize(value, 10)));
+            EXPECT_EQ(model(value, 16), text(OCStringConversion::fromSize(value, 16)));
+            const auto narrow = static_cast<unsigned int>(value);
+            EXPECT_EQ(std::to_string(narrow), text(OCStringConversion::fromInteger(narrow, 10)));
+        }
+}
+
 TEST(StringConversion, SmallNumbersAgreeWithPrintf) {
     for (int value = -10100; value <= 10100; value++) {
         char expected[32];
