@@ -84,7 +84,11 @@ public:
     /// Sets the length to `n` and keeps the first characters; characters that come into being have
     /// no defined value.
     /// @throws OXMemory_AllocationError
-    OCAnsiString& setLength(unsigned long n);
+    OCAnsiString& setLength(unsigned long n) {
+        if (n >= capacity || n + 64 < capacity)
+            changeCapacity(n);
+        return endAt(n);
+    }
     /// Sets every character to `c`; the length stays.
     OCAnsiString& fill(char c);
 

@@ -342,12 +342,6 @@ OCAnsiString& OCAnsiString::clear() noexcept {
     return endAt(0);
 }
 
-OCAnsiString& OCAnsiString::setLength(unsigned long n) {
-    if (n >= capacity || n + step < capacity)
-        changeCapacity(n);
-    return endAt(n);
-}
-
 OCAnsiString& OCAnsiString::fill(char c) {
     memoryFill(data, length, c);
     return *this;
