@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <string>
 #include <sys/wait.h>
 #include <type_traits>
@@ -118,6 +119,22 @@ TEST_F(OCFileStreamLockTest, HoldsAReferenceAndTwoNumbers) {
     EXPECT_FALSE(std::is_copy_constructible_v<OCFileStreamLock>);
     EXPECT_FALSE(std::is_copy_assignable_v<OCFileStreamLock>);
     EXPECT_TRUE(std::is_nothrow_destructible_v<OCFileStreamLock>);
+}
+
+TEST_F(OCFileStreamLockTest, RemembersTheLengthAndTheStartOfTheRangeHeld) {
+    OCFileStreamLock lock(stream);
+    const auto range = [&] {
+        unsigned long fields[2];
+        std::memcpy(fields, reinterpret_cast<const char*>(&lock) + 16, sizeof fields);
+        return std::to_string(fields[0]) + " from " + std::to_string(fields[1]);
+    };
+    EXPECT_EQ(range(), "0 from 0");
+    EXPECT_TRUE(lock.lock(10, 20));
+    EXPECT_EQ(range(), "20 from 10");
+    lock.unlock();
+    EXPECT_EQ(range(), "0 from 0");
+    EXPECT_TRUE(lock.lock(5, 0));
+    EXPECT_EQ(range(), "0 from 0");
 }
 
 TEST_F(OCFileStreamLockTest, LocksNothingAtFirst) {

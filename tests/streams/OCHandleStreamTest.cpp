@@ -329,6 +329,13 @@ TEST(OCHandleStream, SetSizeExtendsByAZeroByteAtTheNewEnd) {
     EXPECT_EQ(stream.content(), "");
 }
 
+TEST(OCHandleStream, SetSizeOfOneWritesTheFirstByte) {
+    OpenFile stream("");
+    stream.setSize(1);
+    EXPECT_EQ(stream.content(), std::string(1, '\0'));
+    EXPECT_EQ(stream.getPosition(), 0U);
+}
+
 TEST(OCHandleStream, SetSizeKeepsTheBytesAndThePosition) {
     OpenFile stream("0123456789");
     stream.setPosition(5);
