@@ -151,10 +151,33 @@ void XmlCursor::stash() {
     const auto count = static_cast<unsigned long>(at - mark);
     const unsigned long total = sinkLength + count;
     if (sink->getLength() < total)
-        sink->setLength(total + (total < longToken ? total : longestStep));
+        enlargeSink(total);
     std::wmemcpy(sink->getString() + sinkLength, mark, count);
     sinkLength = total;
     mark = at;
+}
+
+void XmlCursor::enlargeSink(unsigned long length) {
+    if (length > ordinaryLength && length <= spare.getLength()) {
+        std::wmemcpy(spare.getString(), sink->getString(), sinkLength);
+        *sink = static_cast<OCWideString&&>(spare);
+    } else
+        sink->setLength(length + (length < longToken ? length : longestStep));
+}
+
+/// Keeps the larger one of the spare string and `text`.
+void XmlCursor::keepSpare(OCWideString& text) noexcept {
+    OCWideString other(static_cast<OCWideString&&>(spare));
+    spare = static_cast<OCWideString&&>(text);
+    if (other.getLength() > spare.getLength()) {
+        text = static_cast<OCWideString&&>(spare);
+        spare = static_cast<OCWideString&&>(other);
+        other = static_cast<OCWideString&&>(text);
+    }
+    // The heap of the C library keeps blocks of the size that it has seen freed once, and grows
+    // them by copying from then on. So a large block is made small before it is freed.
+    if (other.getLength() > ordinaryLength)
+        other.setLength(ordinaryLength);
 }
 
 void XmlCursor::endToken() {

@@ -21,6 +21,8 @@ public:
 
     /// The least number of characters that a source is asked for.
     static constexpr unsigned long batch = 128;
+    /// A string that is longer than this is large.
+    static constexpr unsigned long ordinaryLength = 4096;
 
     XmlCursor(OCXmlParserReader& input, Access inputAccess);
     XmlCursor(const XmlCursor&) = delete;
@@ -112,6 +114,12 @@ public:
         sinkLength = kept;
     }
     void endToken();
+    /// Takes a string's storage back when its content is no longer needed, if it is large. The next
+    /// large token gets it, so that a parse holds one large text at a time and allocates it once.
+    void giveBack(OCWideString& text) noexcept {
+        if (text.getLength() > ordinaryLength)
+            keepSpare(text);
+    }
 
     /// The characters that are available, for scanning by hand; `advance` consumes them.
     const wchar_t* begin() const { return at; }
@@ -133,6 +141,8 @@ private:
     void makeRoom();
     void fill();
     void stash();
+    void enlargeSink(unsigned long length);
+    void keepSpare(OCWideString& text) noexcept;
     void take(unsigned long count, OCWideString& text);
 
     OCXmlParserReader& reader;
@@ -146,6 +156,7 @@ private:
     wchar_t* mark;
     OCWideString* sink;
     unsigned long sinkLength;
+    OCWideString spare;
 };
 
 } // namespace orvabase

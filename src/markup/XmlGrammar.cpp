@@ -8,14 +8,8 @@ namespace orvabase {
 
 namespace {
 
-/// Texts longer than this are given back after their event, so that only one large text is held at
-/// a time. Below it the strings are reused.
-constexpr unsigned long keptLength = 4096;
-
-void giveBack(OCWideString& text) noexcept {
-    if (text.getLength() > keptLength)
-        text.clear();
-}
+/// Below this the names' storage is not worth giving back.
+constexpr unsigned long namesKept = 4096;
 
 } // namespace
 
@@ -40,7 +34,7 @@ void XmlOpenNames::pop() noexcept {
     if (used > 0)
         for (--top; top > 0 && start[top - 1] != 0;)
             --top;
-    if (names.getLength() > keptLength && used < names.getLength() / 4)
+    if (names.getLength() > namesKept && used < names.getLength() / 4)
         shrink();
 }
 
@@ -122,7 +116,7 @@ bool XmlGrammar::possibleElement() {
         return true;
     }
     openNames.push(elementName);
-    giveBack(elementName);
+    cursor.giveBack(elementName);
     while (!openNames.isEmpty())
         if (!possibleContent())
             closeElement();
@@ -163,7 +157,7 @@ void XmlGrammar::parseElementEnd(const wchar_t* name, unsigned long length) {
         }
         const bool same =
             text.getLength() == length && std::wmemcmp(text.getString(), name, length) == 0;
-        giveBack(text);
+        cursor.giveBack(text);
         if (!same) {
             error(XmlParserErrorElementMalformed);
             return;
@@ -202,7 +196,7 @@ bool XmlGrammar::possibleContent() {
             endElement();
         else
             openNames.push(elementName);
-        giveBack(elementName);
+        cursor.giveBack(elementName);
         return true;
     }
     if (possibleCharacterData())
@@ -228,13 +222,13 @@ bool XmlGrammar::possibleCdataSection() {
     const bool closed = cursor.find(L"]]>", 3);
     cursor.endToken();
     if (!closed) {
-        giveBack(text);
+        cursor.giveBack(text);
         error(XmlParserErrorCdataSectionMalformed);
         return false;
     }
     cursor.advance(3);
     report([&](OCXmlEvents& events) { events.characterData(text); });
-    giveBack(text);
+    cursor.giveBack(text);
     return true;
 }
 
@@ -268,8 +262,8 @@ bool XmlGrammar::possibleProcessingInstruction() {
         report([&](OCXmlEvents& events) { events.processingInstruction(target, data); });
     else
         error(XmlParserErrorProcessingInstructionMalformed);
-    giveBack(target);
-    giveBack(data);
+    cursor.giveBack(target);
+    cursor.giveBack(data);
     return closed;
 }
 
@@ -284,7 +278,7 @@ bool XmlGrammar::possibleCharacterData() {
 void XmlGrammar::characterData() {
     cursor.takeUntil(L'<', text);
     report([&](OCXmlEvents& events) { events.characterData(text); });
-    giveBack(text);
+    cursor.giveBack(text);
 }
 
 bool XmlGrammar::possibleAttribute() {
@@ -296,8 +290,8 @@ bool XmlGrammar::possibleAttribute() {
         return false;
     }
     report([&](OCXmlEvents& events) { events.attribute(name, value); });
-    giveBack(name);
-    giveBack(value);
+    cursor.giveBack(name);
+    cursor.giveBack(value);
     return true;
 }
 
