@@ -16,7 +16,7 @@
 ///     format.formatHour(value);    // "03:"
 class ORVABASE_EXPORT OCDateTimeFormat : public OCObject {
 public:
-    OCDateTimeFormat() noexcept = default;
+    OCDateTimeFormat() noexcept {}
     OCDateTimeFormat(const OCDateTimeFormat&) noexcept = default;
     OCDateTimeFormat& operator=(const OCDateTimeFormat&) noexcept = default;
     ~OCDateTimeFormat() override;
@@ -31,7 +31,7 @@ public:
 /// first. The day of the week, however, is that of the value taken as local time.
 class ORVABASE_EXPORT OCDateTimeFormatRfc1123 : public OCDateTimeFormat {
 public:
-    OCDateTimeFormatRfc1123() noexcept = default;
+    OCDateTimeFormatRfc1123() noexcept {}
     OCDateTimeFormatRfc1123(const OCDateTimeFormatRfc1123&) noexcept = default;
     OCDateTimeFormatRfc1123& operator=(const OCDateTimeFormatRfc1123&) noexcept = default;
     ~OCDateTimeFormatRfc1123() noexcept override;
@@ -58,7 +58,7 @@ public:
 /// Note: the text ends in a space, which the parser of this form trims.
 class ORVABASE_EXPORT OCDateTimeFormatMilitary : public OCDateTimeFormat {
 public:
-    OCDateTimeFormatMilitary() noexcept = default;
+    OCDateTimeFormatMilitary() noexcept {}
     OCDateTimeFormatMilitary(const OCDateTimeFormatMilitary&) noexcept = default;
     OCDateTimeFormatMilitary& operator=(const OCDateTimeFormatMilitary&) noexcept = default;
     ~OCDateTimeFormatMilitary() noexcept override;
@@ -77,7 +77,7 @@ public:
 /// What the two ASN.1 forms (ITU-T X.680) share: all but the year.
 class ORVABASE_EXPORT OCDateTimeFormatAsn1 : public OCDateTimeFormat {
 public:
-    OCDateTimeFormatAsn1() noexcept = default;
+    OCDateTimeFormatAsn1() noexcept {}
     OCDateTimeFormatAsn1(const OCDateTimeFormatAsn1&) noexcept = default;
     OCDateTimeFormatAsn1& operator=(const OCDateTimeFormatAsn1&) noexcept = default;
     ~OCDateTimeFormatAsn1() override;
@@ -97,7 +97,7 @@ public:
 /// GeneralizedTime: `20160102030405Z`.
 class ORVABASE_EXPORT OCDateTimeFormatAsn1Generalized : public OCDateTimeFormatAsn1 {
 public:
-    OCDateTimeFormatAsn1Generalized() noexcept = default;
+    OCDateTimeFormatAsn1Generalized() noexcept {}
     OCDateTimeFormatAsn1Generalized(const OCDateTimeFormatAsn1Generalized&) noexcept = default;
     OCDateTimeFormatAsn1Generalized&
     operator=(const OCDateTimeFormatAsn1Generalized&) noexcept = default;
@@ -110,7 +110,7 @@ public:
 /// UTCTime: `160102030405Z`. The century is not written.
 class ORVABASE_EXPORT OCDateTimeFormatAsn1Utc : public OCDateTimeFormatAsn1 {
 public:
-    OCDateTimeFormatAsn1Utc() noexcept = default;
+    OCDateTimeFormatAsn1Utc() noexcept {}
     OCDateTimeFormatAsn1Utc(const OCDateTimeFormatAsn1Utc&) noexcept = default;
     OCDateTimeFormatAsn1Utc& operator=(const OCDateTimeFormatAsn1Utc&) noexcept = default;
     ~OCDateTimeFormatAsn1Utc() noexcept override;

@@ -46,7 +46,7 @@ enum OEFileType : int {
 class ORVABASE_EXPORT OCFilePath : public OCAnsiString {
 public:
     /// An empty path.
-    OCFilePath() noexcept = default;
+    OCFilePath() noexcept {}
     OCFilePath(const char* path) : OCAnsiString(path) {}
     OCFilePath(const OCAnsiString& path) : OCAnsiString(path) {}
     /// Takes the string's content, which is empty afterwards.

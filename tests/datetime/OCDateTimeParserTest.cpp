@@ -199,7 +199,7 @@ TEST_F(OCDateTimeParserTest, TheSourceIsACopyThatParsingLeavesAlone) {
 template<class Parser>
 class OCDateTimeParserRfc1123Test : public OCDateTimeParserTest {};
 using Rfc1123Parsers = testing::Types<OCDateTimeParserRfc1123, OCDateTimeParserCookie>;
-TYPED_TEST_SUITE(OCDateTimeParserRfc1123Test, Rfc1123Parsers);
+TYPED_TEST_SUITE(OCDateTimeParserRfc1123Test, Rfc1123Parsers, ); // clang asks for the comma
 
 TYPED_TEST(OCDateTimeParserRfc1123Test, ReadsItsForm) {
     EXPECT_EQ(parsed<TypeParam>("Sun, 06 Nov 1994 08:49:37 GMT"), "1994-11-06 08:49:37");
