@@ -276,6 +276,8 @@ TYPED_TEST(OCDateTimeParserRfc1123Test, NumbersKeepTheirLow16Bits) {
     // 65536 + 6, 2 * 65536 + 1994, 2^32 + 8, 10 * 2^32 + 49
     EXPECT_EQ(parsed<TypeParam>("Sun, 65542 Nov 133066 4294967304:42949673009:37 GMT"),
               "1994-11-06 08:49:37");
+    EXPECT_EQ(parsed<TypeParam>("Sun, 1 Nov 2000000000 4294967295:99999999999999999999:0 GMT"),
+              "37888-11-01 65535:65535:00");
 }
 
 TYPED_TEST(OCDateTimeParserRfc1123Test, KeepsWhatItReadBeforeTheFailure) {
