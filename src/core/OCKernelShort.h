@@ -5,6 +5,9 @@
 #include "core/OCKernelSse2.h"
 #include "core/OCKernels.h"
 
+// Left to itself, the compiler keeps some of these apart, and a call costs more than they do.
+#define KERNEL_INLINE inline __attribute__((always_inline))
+
 /// The kernels for runs of less than `limit` bytes (of the narrower side where there are two
 /// widths), which is what most strings are. Such a run is covered by two overlapping loads of the
 /// greatest power of two that fits, so that there is no loop and nothing is read beyond it.
@@ -19,59 +22,45 @@ constexpr bool isBrief(unsigned long count) noexcept {
 
 /// A run of 16 to 31 bytes, one register of it at a time.
 struct Whole {
-    static sse2::Register load(const char* p) noexcept { return sse2::load(p); }
+    KERNEL_INLINE static sse2::Register load(const char* p) noexcept { return sse2::load(p); }
 };
 
-/// A run of `unit` to `2 * unit - 1` bytes: both loads side by side in one register.
-template<unsigned long unit>
+/// A run of `sizeof(Unit)` to `2 * sizeof(Unit) - 1` bytes: both loads side by side in one
+/// register.
+template<class Unit>
 struct Pair {
+    static constexpr unsigned long unit = sizeof(Unit);
     unsigned long size;
 
-    sse2::Register load(const char* p) const noexcept {
-        const char* end = p + size - unit;
-        if constexpr (unit == 8) {
-            return _mm_unpacklo_epi64(sse2::loadHalf(p), sse2::loadHalf(end));
-        } else if constexpr (unit == 4) {
-            return _mm_unpacklo_epi32(sse2::loadQuarter(p), sse2::loadQuarter(end));
-        } else {
-            const auto byte = [](char c) {
-                return static_cast<int>(static_cast<unsigned char>(c));
-            };
-            return _mm_cvtsi32_si128(byte(*p) | byte(p[size / 2]) << 8 | byte(*end) << 16);
-        }
+    KERNEL_INLINE sse2::Register load(const char* p) const noexcept {
+        const sse2::Register front = sse2::loadLow<Unit>(p);
+        const sse2::Register back = sse2::loadLow<Unit>(p + size - unit);
+        if constexpr (unit == 8)
+            return _mm_unpacklo_epi64(front, back);
+        else if constexpr (unit == 4)
+            return _mm_unpacklo_epi32(front, back);
+        else if constexpr (unit == 2)
+            return _mm_unpacklo_epi16(front, back);
+        else
+            return _mm_unpacklo_epi8(front, back);
     }
 
-    void store(char* p, sse2::Register v) const noexcept {
-        char* end = p + size - unit;
-        if constexpr (unit == 8) {
-            sse2::storeHalf(p, v);
-            sse2::storeHalf(end, _mm_unpackhi_epi64(v, v));
-        } else if constexpr (unit == 4) {
-            sse2::storeQuarter(p, v);
-            sse2::storeQuarter(end, _mm_srli_epi64(v, 32));
-        } else {
-            const int bytes = _mm_cvtsi128_si32(v);
-            *p = static_cast<char>(bytes);
-            p[size / 2] = static_cast<char>(bytes >> 8);
-            *end = static_cast<char>(bytes >> 16);
-        }
+    KERNEL_INLINE void store(char* p, sse2::Register v) const noexcept {
+        sse2::storeLow<Unit>(p, v);
+        sse2::storeLow<Unit>(p + size - unit, _mm_srli_si128(v, unit));
     }
 
     /// From one bit for each byte of the register to one for each byte of the run.
-    unsigned int spread(unsigned int bits) const noexcept {
-        if constexpr (unit == 1) {
-            return (bits & 1) | (bits >> 1 & 1) << (size / 2) | (bits >> 2 & 1) << (size - 1);
-        } else {
-            constexpr unsigned int low = (1U << unit) - 1;
-            return (bits & low) | (bits >> unit & low) << (size - unit);
-        }
+    KERNEL_INLINE unsigned int spread(unsigned int bits) const noexcept {
+        constexpr unsigned int low = (1U << unit) - 1;
+        return (bits & low) | (bits >> unit & low) << (size - unit);
     }
 };
 
 /// One bit for each of `size` bytes, where `look(run, offset)` gives all ones in the lanes that
 /// are to be marked.
 template<class Look>
-inline unsigned int marks(unsigned long size, const Look& look) noexcept {
+KERNEL_INLINE unsigned int marks(unsigned long size, const Look& look) noexcept {
     const auto bits = [](sse2::Register v) {
         return static_cast<unsigned int>(_mm_movemask_epi8(v));
     };
@@ -79,19 +68,16 @@ inline unsigned int marks(unsigned long size, const Look& look) noexcept {
         const unsigned long last = size - 16;
         return bits(look(Whole{}, 0UL)) | bits(look(Whole{}, last)) << last;
     }
-    if (size >= 8) {
-        const Pair<8> run{size};
+    const auto lookAtPair = [&](auto run) __attribute__((always_inline)) {
         return run.spread(bits(look(run, 0UL)));
-    }
-    if (size >= 4) {
-        const Pair<4> run{size};
-        return run.spread(bits(look(run, 0UL)));
-    }
-    if (size > 0) {
-        const Pair<1> run{size};
-        return run.spread(bits(look(run, 0UL)));
-    }
-    return 0;
+    };
+    if (size >= 8)
+        return lookAtPair(Pair<long>{size});
+    if (size >= 4)
+        return lookAtPair(Pair<int>{size});
+    if (size >= 2)
+        return lookAtPair(Pair<unsigned short>{size});
+    return size == 1 ? lookAtPair(Pair<unsigned char>{size}) : 0;
 }
 
 template<class Character>
@@ -116,24 +102,26 @@ template<class Character, class Test>
 inline unsigned long firstWhere(const Character* text, unsigned long count,
                                 const Test& test) noexcept {
     const char* bytes = bytesOf(text);
-    const unsigned int marked = marks(count * sizeof(Character), [&](auto run, unsigned long at) {
-        return test(run.load(bytes + at));
-    });
+    const unsigned int marked = marks(
+        count * sizeof(Character), [&](auto run, unsigned long at) __attribute__((always_inline)) {
+            return test(run.load(bytes + at));
+        });
     return marked != 0 ? indexOfLowest<Character>(marked) : notFound;
 }
 
 template<class Character, bool folded>
-inline unsigned long mismatch(const Character* a, const Character* b,
-                              unsigned long count) noexcept {
+KERNEL_INLINE unsigned long mismatch(const Character* a, const Character* b,
+                                     unsigned long count) noexcept {
     const char* left = bytesOf(a);
     const char* right = bytesOf(b);
-    const unsigned int same = marks(count * sizeof(Character), [&](auto run, unsigned long at) {
-        const sse2::Register v = run.load(left + at);
-        const sse2::Register w = run.load(right + at);
-        return folded ? sse2::Lanes<Character>::equal(sse2::lowerLanes<Character>(v),
-                                                      sse2::lowerLanes<Character>(w))
-                      : sse2::Lanes<Character>::equal(v, w);
-    });
+    const unsigned int same = marks(
+        count * sizeof(Character), [&](auto run, unsigned long at) __attribute__((always_inline)) {
+            const sse2::Register v = run.load(left + at);
+            const sse2::Register w = run.load(right + at);
+            return folded ? sse2::Lanes<Character>::equal(sse2::lowerLanes<Character>(v),
+                                                          sse2::lowerLanes<Character>(w))
+                          : sse2::Lanes<Character>::equal(v, w);
+        });
     // Behind the run there is no mark, so the first place without one is the mismatch or the end.
     return indexOfLowest<Character>(~same);
 }
@@ -149,7 +137,7 @@ inline void fold(Character* to, const Character* from, unsigned long count) noex
     void* target = to;
     char* bytes = static_cast<char*>(target);
     const unsigned long size = count * sizeof(Character);
-    const auto foldPair = [&](auto run) {
+    const auto foldPair = [&](auto run) __attribute__((always_inline)) {
         run.store(bytes, foldRegister<Character, toLower>(run.load(source)));
     };
     if (size >= 16) {
@@ -158,13 +146,14 @@ inline void fold(Character* to, const Character* from, unsigned long count) noex
             foldRegister<Character, toLower>(sse2::load(source + size - 16));
         sse2::store(bytes, front);
         sse2::store(bytes + size - 16, back);
-    } else if (size >= 8) {
-        foldPair(Pair<8>{size});
-    } else if (size >= 4) {
-        foldPair(Pair<4>{size});
-    } else if (size > 0) {
-        foldPair(Pair<1>{size});
-    }
+    } else if (size >= 8)
+        foldPair(Pair<long>{size});
+    else if (size >= 4)
+        foldPair(Pair<int>{size});
+    else if (size >= 2)
+        foldPair(Pair<unsigned short>{size});
+    else if (size == 1)
+        foldPair(Pair<unsigned char>{size});
 }
 
 inline void widen(wchar_t* to, const char* from, unsigned long count) noexcept {
@@ -180,7 +169,7 @@ inline void widen(wchar_t* to, const char* from, unsigned long count) noexcept {
 
 inline void narrowFour(char* to, const wchar_t* from) noexcept {
     const sse2::Register v = sse2::load(from);
-    sse2::storeQuarter(to, sse2::packLow(v, v, v, v));
+    sse2::storeLow<int>(to, sse2::packLow(v, v, v, v));
 }
 
 inline void narrow(char* to, const wchar_t* from, unsigned long count) noexcept {
@@ -233,11 +222,14 @@ inline unsigned int candidates(const Character* text, unsigned long places,
     const sse2::EqualTest<Character, folded> second(pattern[anchors.second]);
     const char* firsts = bytesOf(text + anchors.first);
     const char* seconds = bytesOf(text + anchors.second);
-    return marks(places * sizeof(Character), [&](auto run, unsigned long at) {
-        return sse2::both(first(run.load(firsts + at)), second(run.load(seconds + at)));
-    });
+    return marks(
+        places * sizeof(Character), [&](auto run, unsigned long at) __attribute__((always_inline)) {
+            return sse2::both(first(run.load(firsts + at)), second(run.load(seconds + at)));
+        });
 }
 
 } // namespace orvabase::kernels::brief
+
+#undef KERNEL_INLINE
 
 #endif

@@ -21,23 +21,20 @@ KERNEL_INLINE void store(void* p, Register v) {
     _mm_storeu_si128(static_cast<Register*>(p), v);
 }
 
-/// The low half only; the high half becomes zero.
-KERNEL_INLINE Register loadHalf(const void* p) {
-    return _mm_loadl_epi64(static_cast<const Register*>(p));
-}
-
-KERNEL_INLINE void storeHalf(void* p, Register v) {
-    _mm_storel_epi64(static_cast<Register*>(p), v);
-}
-
-KERNEL_INLINE Register loadQuarter(const void* p) {
-    int value;
+/// Only as many bytes as a `Unit` has, at the low end of the register; the others are zero.
+template<class Unit>
+KERNEL_INLINE Register loadLow(const void* p) {
+    Unit value;
     std::memcpy(&value, p, sizeof value);
-    return _mm_cvtsi32_si128(value);
+    if constexpr (sizeof(Unit) == 8)
+        return _mm_cvtsi64_si128(value);
+    else
+        return _mm_cvtsi32_si128(value);
 }
 
-KERNEL_INLINE void storeQuarter(void* p, Register v) {
-    const int value = _mm_cvtsi128_si32(v);
+template<class Unit>
+KERNEL_INLINE void storeLow(void* p, Register v) {
+    const auto value = static_cast<Unit>(_mm_cvtsi128_si64(v));
     std::memcpy(p, &value, sizeof value);
 }
 
@@ -96,7 +93,7 @@ KERNEL_INLINE Register packLow(Register a, Register b, Register c, Register d) {
 }
 
 KERNEL_INLINE void widenTo(wchar_t* to, const char* from) {
-    const Register bytes = loadQuarter(from);
+    const Register bytes = loadLow<int>(from);
     const Register pairs = _mm_unpacklo_epi8(bytes, bytes);
     store(to, _mm_srai_epi32(_mm_unpacklo_epi16(pairs, pairs), 24));
 }

@@ -16,6 +16,11 @@ __attribute__((constructor(101))) void choose() noexcept {
         chosen = &avx2Form;
 }
 
+/// Whether a pattern could be found at all.
+bool fits(unsigned long count, unsigned long patternCount) noexcept {
+    return patternCount > 0 && patternCount <= count;
+}
+
 template<bool name>
 unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     // Most names, and most gaps, end within one SSE2 register of bytes.
@@ -53,12 +58,14 @@ unsigned long findEither(const char* text, unsigned long count, char a, char b) 
 
 unsigned long findText(const char* text, unsigned long count, const char* pattern,
                        unsigned long patternCount) noexcept {
-    return chosen->findText(text, count, pattern, patternCount);
+    return fits(count, patternCount) ? chosen->findText(text, count, pattern, patternCount)
+                                     : notFound;
 }
 
 unsigned long findTextFolded(const char* text, unsigned long count, const char* pattern,
                              unsigned long patternCount) noexcept {
-    return chosen->findTextFolded(text, count, pattern, patternCount);
+    return fits(count, patternCount) ? chosen->findTextFolded(text, count, pattern, patternCount)
+                                     : notFound;
 }
 
 unsigned long mismatch(const char* a, const char* b, unsigned long count) noexcept {
@@ -103,12 +110,15 @@ unsigned long findWideFolded(const wchar_t* text, unsigned long count, wchar_t c
 
 unsigned long findWideText(const wchar_t* text, unsigned long count, const wchar_t* pattern,
                            unsigned long patternCount) noexcept {
-    return chosen->findWideText(text, count, pattern, patternCount);
+    return fits(count, patternCount) ? chosen->findWideText(text, count, pattern, patternCount)
+                                     : notFound;
 }
 
 unsigned long findWideTextFolded(const wchar_t* text, unsigned long count, const wchar_t* pattern,
                                  unsigned long patternCount) noexcept {
-    return chosen->findWideTextFolded(text, count, pattern, patternCount);
+    return fits(count, patternCount)
+               ? chosen->findWideTextFolded(text, count, pattern, patternCount)
+               : notFound;
 }
 
 unsigned long mismatchWide(const wchar_t* a, const wchar_t* b, unsigned long count) noexcept {

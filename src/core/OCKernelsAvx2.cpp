@@ -86,7 +86,7 @@ KERNEL_INLINE Register packLow(Register a, Register b, Register c, Register d) {
 }
 
 KERNEL_INLINE void widenTo(wchar_t* to, const char* from) {
-    store(to, _mm256_cvtepi8_epi32(sse2::loadHalf(from)));
+    store(to, _mm256_cvtepi8_epi32(sse2::loadLow<long>(from)));
 }
 
 #include "core/OCKernelLanes.h"
