@@ -273,9 +273,9 @@ KERNEL_TARGET bool searchPlaces(Candidates<Character, folded>& search, const Cha
 }
 
 template<class Character, bool folded>
-KERNEL_TARGET unsigned long briefFindText(const Character* text, unsigned long places,
-                                          const Character* pattern, unsigned long patternCount,
-                                          Anchors anchors) noexcept {
+KERNEL_TARGET __attribute__((noinline)) unsigned long
+briefFindText(const Character* text, unsigned long places, const Character* pattern,
+              unsigned long patternCount, Anchors anchors) noexcept {
     unsigned int marked = brief::candidates<Character, folded>(text, places, pattern, anchors);
     while (marked != 0) {
         const unsigned long start = brief::indexOfLowest<Character>(marked);
@@ -284,6 +284,22 @@ KERNEL_TARGET unsigned long briefFindText(const Character* text, unsigned long p
         marked = brief::withoutLowest<Character>(marked);
     }
     return notFound;
+}
+
+template<class Character, bool folded>
+KERNEL_TARGET __attribute__((noinline)) unsigned long
+longFindText(const Character* text, unsigned long count, const Character* pattern,
+             unsigned long patternCount, Anchors anchors) noexcept {
+    // Many searches end soon. For those that do not, a better choice of anchors is worth its time.
+    constexpr unsigned long soon = 512;
+    const unsigned long places = count - patternCount + 1;
+    Candidates<Character, folded> search(text, count, pattern, patternCount);
+    if (places < 2 * soon)
+        searchPlaces(search, text, 0, places, pattern, anchors);
+    else if (!searchPlaces(search, text, 0, soon, pattern, anchors))
+        searchPlaces(search, text, soon, places, pattern,
+                     rareAnchors<Character, folded>(pattern, patternCount));
+    return search.result;
 }
 
 /// Looks for the places where two characters of the pattern stand and compares only there.
@@ -296,19 +312,10 @@ KERNEL_TARGET unsigned long formFindText(const Character* text, unsigned long co
     if (patternCount == 1)
         return formFind<Character, folded>(text, count, pattern[0]);
     const unsigned long places = count - patternCount + 1;
-    const Anchors quick = quickAnchors<Character, folded>(pattern, patternCount);
-    if (places < Lanes<Character>::count)
-        return briefFindText<Character, folded>(text, places, pattern, patternCount, quick);
-    // Many searches end soon. For those that do not, a better choice is worth its time.
-    constexpr unsigned long soon = 512;
-    Candidates<Character, folded> search(text, count, pattern, patternCount);
-    if (places < 2 * soon) {
-        searchPlaces(search, text, 0, places, pattern, quick);
-    } else if (!searchPlaces(search, text, 0, soon, pattern, quick)) {
-        searchPlaces(search, text, soon, places, pattern,
-                     rareAnchors<Character, folded>(pattern, patternCount));
-    }
-    return search.result;
+    const Anchors anchors = quickAnchors<Character, folded>(pattern, patternCount);
+    return places < Lanes<Character>::count
+               ? briefFindText<Character, folded>(text, places, pattern, patternCount, anchors)
+               : longFindText<Character, folded>(text, count, pattern, patternCount, anchors);
 }
 
 constexpr Form makeForm(const char* name) {
