@@ -42,7 +42,10 @@ public:
     OCWideString(OCWideString&& other) noexcept;
     /// The bytes of `text`, sign-extended; no encoding is applied.
     OCWideString(const OCAnsiString& text);
-    ~OCWideString() noexcept override;
+    ~OCWideString() noexcept override {
+        if (data != localBuffer)
+            releaseBlock();
+    }
 
     OCWideString& operator=(const OCWideString& other) { return assign(other); }
     OCWideString& operator=(OCWideString&& other) noexcept;
@@ -186,6 +189,8 @@ public:
 
 private:
     void initialize(unsigned long n);
+    [[gnu::noinline]] OCWideString& assignBlock(const wchar_t* text, unsigned long count);
+    [[gnu::noinline]] OCWideString& appendGrowing(const wchar_t* text, unsigned long count);
     void changeCapacity(unsigned long n);
     void releaseBlock() noexcept;
     void takeFrom(OCWideString& other) noexcept;

@@ -32,6 +32,34 @@ wchar_t* allocateBlock(unsigned long capacity) {
     return block;
 }
 
+/// Copies `count` characters, from `size` to twice as many, in two runs that may overlap. Both are
+/// read before one is written, so `to` and `from` may overlap, too.
+template<unsigned long size>
+void copyTwoRuns(wchar_t* to, const wchar_t* from, unsigned long count) noexcept {
+    struct Run {
+        wchar_t characters[size];
+    } first, last;
+    std::memcpy(&first, from, sizeof(Run));
+    std::memcpy(&last, from + count - size, sizeof(Run));
+    std::memcpy(to, &first, sizeof(Run));
+    std::memcpy(to + count - size, &last, sizeof(Run));
+}
+
+/// Copies characters; the places may overlap. Names and most values are so short that the call of
+/// the C library's copy would take longer than the copy.
+void copyCharacters(wchar_t* to, const wchar_t* from, unsigned long count) noexcept {
+    if (count > 16)
+        std::memmove(to, from, count * sizeof(wchar_t));
+    else if (count >= 8)
+        copyTwoRuns<8>(to, from, count);
+    else if (count >= 4)
+        copyTwoRuns<4>(to, from, count);
+    else if (count >= 2)
+        copyTwoRuns<2>(to, from, count);
+    else if (count == 1)
+        *to = *from;
+}
+
 bool isBlank(wchar_t c) {
     return c <= 32;
 }
@@ -87,7 +115,7 @@ OCWideString::OCWideString(wchar_t c) noexcept
 
 OCWideString::OCWideString(const wchar_t* text, unsigned long count) : granularity(capacityStep) {
     initialize(count);
-    stringCopy(data, text, count);
+    copyCharacters(data, text, count);
 }
 
 OCWideString::OCWideString(const wchar_t* text) : OCWideString(text, stringLength(text)) {}
@@ -101,11 +129,6 @@ OCWideString::OCWideString(OCWideString&& other) noexcept : granularity(capacity
 OCWideString::OCWideString(const OCAnsiString& text) : granularity(capacityStep) {
     initialize(text.getLength());
     kernels::widen(data, text.getString(), length);
-}
-
-OCWideString::~OCWideString() noexcept {
-    if (data != localBuffer)
-        releaseBlock();
 }
 
 OCWideString& OCWideString::operator=(OCWideString&& other) noexcept {
@@ -126,14 +149,23 @@ OCWideString& OCWideString::assign(wchar_t c) noexcept {
 }
 
 OCWideString& OCWideString::assign(const wchar_t* text, unsigned long count) {
+    if (data != localBuffer || count >= localCapacity)
+        return assignBlock(text, count);
+    copyCharacters(localBuffer, text, count);
+    localBuffer[count] = 0;
+    capacity = capacityFor(count);
+    length = count;
+    return *this;
+}
+
+/// Assigns when there is a block, or will be.
+OCWideString& OCWideString::assignBlock(const wchar_t* text, unsigned long count) {
     const unsigned long newCapacity = capacityFor(count);
-    // The old block is kept until the text, which may lie in it, has been copied.
-    wchar_t* const oldBlock = data != localBuffer ? data : nullptr;
     wchar_t* target = localBuffer;
     if (newCapacity > localCapacity)
         target = newCapacity == capacity ? data : allocateBlock(newCapacity);
     stringCopy(target, text, count);
-    if (oldBlock && oldBlock != target)
+    if (data != localBuffer && data != target) // the text may have lain in the old block
         releaseBlock();
     data = target;
     data[count] = 0;
@@ -165,10 +197,20 @@ OCWideString& OCWideString::append(const wchar_t* text) {
 }
 
 OCWideString& OCWideString::append(const wchar_t* text, unsigned long count) {
+    if (count >= capacity - length)
+        return appendGrowing(text, count);
+    copyCharacters(data + length, text, count);
+    length += count;
+    data[length] = 0;
+    return *this;
+}
+
+/// Appends when the capacity changes.
+OCWideString& OCWideString::appendGrowing(const wchar_t* text, unsigned long count) {
     const unsigned long oldLength = length;
     const unsigned long newLength = extendedLength(oldLength, count);
     const unsigned long newCapacity = capacityFor(newLength);
-    if (newCapacity == capacity || newCapacity <= localCapacity)
+    if (newCapacity <= localCapacity)
         stringCopy(data + oldLength, text, count);
     else if (data == localBuffer) {
         wchar_t* const block = allocateBlock(newCapacity);
@@ -443,7 +485,7 @@ void OCWideString::takeFrom(OCWideString& other) noexcept {
     length = other.length;
     if (other.data == other.localBuffer) {
         data = localBuffer;
-        stringCopy(localBuffer, other.localBuffer, length + 1);
+        copyCharacters(localBuffer, other.localBuffer, length + 1);
     } else
         data = other.data;
     other.data = other.localBuffer;
