@@ -60,11 +60,11 @@ public:
 
     unsigned long left() const { return static_cast<unsigned long>(end - position); }
 
+    // Takes everything up to `c`, and `c`. What is looked for is near in any text that is a date.
     void through(char c) {
-        const void* const found = memchr(position, c, left());
-        if (found == nullptr)
-            fail();
-        position = static_cast<const char*>(found) + 1;
+        while (position != end && *position != c)
+            ++position;
+        separator(c);
     }
     void separator(char c) {
         if (position == end || *position != c)
@@ -122,11 +122,9 @@ private:
             ++position;
     }
     void finish(const char* field, char terminator) {
-        while (position != end && *position != terminator)
-            ++position;
-        if (position == end || position == field)
+        through(terminator);
+        if (position - 1 == field)
             fail();
-        ++position;
     }
 
     const char* position;
