@@ -683,6 +683,14 @@ TYPED_TEST(OCKernelsOfWidth, TwoWaySearchFindsWhatANaiveScanFinds) {
     }
 }
 
+TYPED_TEST(OCKernelsOfWidth, TwoWaySearchFindsNothingThatIsLongerThanTheText) {
+    const TypeParam text[] = {'a', 'b', 'a'};
+    const kernels::TwoWaySearch<TypeParam, false> search(text, 3);
+    EXPECT_EQ(0u, search.find(text, 3, 0));
+    EXPECT_EQ(notFound, search.find(text, 2, 0));
+    EXPECT_EQ(notFound, search.find(text, 3, 1));
+}
+
 /// `unit` again and again, `count` characters in all.
 template<class Character>
 std::basic_string<Character> repeated(const std::basic_string<Character>& unit,
