@@ -47,8 +47,8 @@ protected:
 class ORVABASE_EXPORT OCAnsiString : public OCAbstractString {
 public:
     /// An empty string.
-    OCAnsiString() noexcept { initializeShort("", 0); }
-    OCAnsiString(char c) noexcept { initializeShort(&c, 1); }
+    OCAnsiString() noexcept { initialize(Block{0, 0}, 0); }
+    OCAnsiString(char c) noexcept { initialize(Block{static_cast<unsigned char>(c), 0}, 1); }
     /// Exactly `count` bytes, zero bytes included.
     /// @throws OXMemory_AllocationError (so do all constructors but the default one).
     OCAnsiString(const char* text, unsigned long count) { initialize(text, count); }
@@ -226,54 +226,34 @@ public:
     OCAnsiString& unescape();
 
 private:
-    // Most strings are short: up to 15 characters are made and copied here, the rest is left to the
-    // library. A short text is stored with the bytes behind it as one block, because the copy that
-    // often follows would wait for several smaller stores.
+    // Most strings are short: up to 15 characters are copied here, and literals made. The rest is
+    // left to the library. A short text is stored with the bytes behind it as one block, because
+    // the copy that often follows would have to wait for several smaller stores.
 
     using Block __attribute__((vector_size(16))) = unsigned long;
 
-    void initialize(const char* text, unsigned long count) {
-        if (count < sizeof(Block))
-            initializeShort(text, count);
-        else
-            initializeLong(text, count);
-    }
-    void initialize(const OCAnsiString& other) {
-        if (other.length < sizeof(Block)) {
-            begin(other.length);
-            std::memcpy(localBuffer, other.data, sizeof(Block));
-        } else
-            initializeLong(other);
-    }
-    void initializeShort(const char* text, unsigned long count) noexcept {
-        unsigned long first = 0;
-        unsigned long second = 0;
-        if (count >= 8) {
-            std::memcpy(&first, text, 8);
-            std::memcpy(&second, text + count - 8, 8);
-            second = second >> 8 >> (15 - count) * 8;
-        } else if (count >= 4) {
-            unsigned int head = 0;
-            unsigned int tail = 0;
-            std::memcpy(&head, text, 4);
-            std::memcpy(&tail, text + count - 4, 4);
-            first = head | static_cast<unsigned long>(tail) << (count - 4) * 8;
-        } else if (count > 0) {
-            const auto byte = [text](unsigned long index) {
-                return static_cast<unsigned long>(static_cast<unsigned char>(text[index]))
-                       << index * 8;
-            };
-            first = byte(0) | byte(count / 2) | byte(count - 1);
-        }
-        const Block block = {first, second};
-        begin(count);
-        std::memcpy(localBuffer, &block, sizeof(block));
-    }
-    void begin(unsigned long count) noexcept {
+    void initialize(Block block, unsigned long count) noexcept {
         data = localBuffer;
         granularity = 64;
         capacity = 64;
         length = count;
+        std::memcpy(localBuffer, &block, sizeof(block));
+    }
+    void initialize(const char* text, unsigned long count) {
+        if (__builtin_constant_p(count) && count < sizeof(Block)) {
+            Block block = {0, 0};
+            std::memcpy(&block, text, count);
+            initialize(block, count);
+        } else
+            initializeText(text, count);
+    }
+    void initialize(const OCAnsiString& other) {
+        if (other.length < sizeof(Block)) {
+            Block block;
+            std::memcpy(&block, other.data, sizeof(Block));
+            initialize(block, other.length);
+        } else
+            initializeCopy(other);
     }
     OCAnsiString& endAt(unsigned long n) noexcept {
         data[n] = 0;
@@ -285,9 +265,9 @@ private:
             releaseBlock();
     }
     void releaseBlock() noexcept;
-    void initializeLong(const char* text, unsigned long count);
-    void initializeLong(const OCAnsiString& other);
-    [[gnu::noinline]] void initializeBlock(const char* text, unsigned long count);
+    void initializeText(const char* text, unsigned long count);
+    void initializeCopy(const OCAnsiString& other);
+    [[gnu::noinline]] void initializeOnHeap(const char* text, unsigned long count);
     void take(OCAnsiString& other) noexcept;
     void changeCapacity(unsigned long n);
     bool holds(const char* text, unsigned long count) const noexcept;
@@ -298,7 +278,23 @@ private:
     static OCAnsiString join(const char* left, unsigned long leftCount, const char* right,
                              unsigned long rightCount, OEStringConcat mode);
     OCAnsiString& extend(bool slash, const char* text, unsigned long count);
-    OECompareResult compareExactly(const OCAnsiString& other) const noexcept;
+    /// Eight characters as a number of the same order. The storage of a string is a multiple of 64
+    /// bytes, so a whole word can be read at its last characters, too.
+    static unsigned long orderedWord(const char* text) noexcept {
+        unsigned long word = 0;
+        std::memcpy(&word, text, sizeof word);
+        return __builtin_bswap64(word) ^ 0x8080808080808080; // bytes are signed
+    }
+    OECompareResult compareExactly(const OCAnsiString& other) const noexcept {
+        for (unsigned long i = 0; i < 16 && i + 8 <= length && i + 8 <= other.length; i += 8) {
+            const unsigned long left = orderedWord(data + i);
+            const unsigned long right = orderedWord(other.data + i);
+            if (left != right)
+                return left < right ? CompareResultLess : CompareResultGreater;
+        }
+        return compareFurther(other);
+    }
+    OECompareResult compareFurther(const OCAnsiString& other) const noexcept;
     [[gnu::noinline]] OECompareResult compareLong(const OCAnsiString& other) const noexcept;
     OECompareResult compareFolded(const OCAnsiString& other) const noexcept;
     OCAnsiString& insertText(unsigned long position, const OCAnsiString& text);

@@ -15,8 +15,6 @@ namespace {
 
 constexpr unsigned long step = 64;
 constexpr unsigned long inlineCapacity = 128;
-constexpr unsigned long blockSize = 16;
-using Block __attribute__((vector_size(16))) = unsigned long;
 constexpr unsigned long notFound = kernels::notFound;
 constexpr unsigned long longest = ~0UL - step;
 
@@ -47,29 +45,53 @@ void copyInline(char* to, const char* from, unsigned long length) {
         std::memcpy(to, from, inlineCapacity);
 }
 
+using Block __attribute__((vector_size(16))) = unsigned long;
+
+/// A text of up to 15 characters, and zeros behind it.
+Block shortText(const char* text, unsigned long count) {
+    unsigned long front = 0;
+    unsigned long back = 0;
+    if (count >= 8) {
+        std::memcpy(&front, text, 8);
+        std::memcpy(&back, text + count - 8, 8);
+        back = back >> 8 >> (15 - count) * 8;
+    } else if (count >= 4) {
+        unsigned int head = 0;
+        unsigned int tail = 0;
+        std::memcpy(&head, text, 4);
+        std::memcpy(&tail, text + count - 4, 4);
+        front = head | static_cast<unsigned long>(tail) << (count - 4) * 8;
+    } else {
+        for (unsigned long i = 0; i < count; ++i)
+            front |= static_cast<unsigned long>(static_cast<unsigned char>(text[i])) << i * 8;
+    }
+    return Block{front, back};
+}
+
 /// Stores a text of 16 to 127 characters and zeros behind it, in whole blocks.
 void fillInline(char* to, const char* text, unsigned long count) {
-    const unsigned long rest = count % blockSize;
+    const unsigned long rest = count % sizeof(Block);
     const char* const end = text + count;
     if (count >= step) {
         std::memcpy(to, text, step);
         to += step;
         text += step;
     }
-    for (; text != end - rest; to += blockSize, text += blockSize)
-        std::memcpy(to, text, blockSize);
-    unsigned long last[2];
-    std::memcpy(last, end - blockSize, blockSize);
+    for (; text != end - rest; to += sizeof(Block), text += sizeof(Block))
+        std::memcpy(to, text, sizeof(Block));
+    // The rest is the last characters of the last 16.
+    unsigned long front = 0;
+    unsigned long back = 0;
+    std::memcpy(&front, end - 16, 8);
+    std::memcpy(&back, end - 8, 8);
+    Block last;
     if (rest < 8) {
-        last[0] = last[1] >> 8 >> (7 - rest) * 8;
-        last[1] = 0;
+        last = Block{back >> 8 >> (7 - rest) * 8, 0};
     } else {
-        const unsigned long shift = (16 - rest) * 8; // 8 to 64
-        last[0] = last[0] >> (shift - 8) >> 8 | last[1] << (64 - shift);
-        last[1] = last[1] >> (shift - 8) >> 8;
+        const unsigned long shift = (15 - rest) * 8;
+        last = Block{front >> shift >> 8 | back << (56 - shift), back >> shift >> 8};
     }
-    Block block = {last[0], last[1]};
-    std::memcpy(to, &block, blockSize);
+    std::memcpy(to, &last, sizeof(Block));
 }
 
 /// `memmove`, without a call for the shortest texts.
@@ -124,14 +146,6 @@ OECompareResult orderBytes(signed char a, signed char b) {
 
 char fold(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-/// Eight characters as a number of the same order. (The storage of a string is a multiple of 64
-/// bytes, so a whole word can be read at its last characters, too.)
-unsigned long orderedWord(const char* text) {
-    unsigned long word = 0;
-    std::memcpy(&word, text, 8);
-    return __builtin_bswap64(word) ^ 0x8080808080808080; // signed bytes
 }
 
 /// The occurrences of a pattern in a text, from the left and without overlaps. Remembers the places
@@ -198,41 +212,50 @@ void OCAbstractString::throwNoSuchIndex(unsigned long index) {
 
 // Storage
 
-void OCAnsiString::initializeLong(const char* text, unsigned long count) {
+void OCAnsiString::initializeText(const char* text, unsigned long count) {
+    if (count < sizeof(Block))
+        return initialize(shortText(text, count), count);
     if (count >= inlineCapacity)
-        return initializeBlock(text, count);
-    begin(count);
+        return initializeOnHeap(text, count);
+    data = localBuffer;
+    granularity = step;
     capacity = count < step ? step : inlineCapacity;
+    length = count;
     fillInline(localBuffer, text, count);
 }
 
-void OCAnsiString::initializeLong(const OCAnsiString& other) {
+void OCAnsiString::initializeCopy(const OCAnsiString& other) {
     if (other.length >= inlineCapacity)
-        return initializeBlock(other.data, other.length);
-    begin(other.length);
+        return initializeOnHeap(other.data, other.length);
+    data = localBuffer;
+    granularity = step;
     capacity = other.capacity;
-    copyInline(localBuffer, other.localBuffer, other.length);
+    length = other.length;
+    copyInline(localBuffer, other.localBuffer, length);
 }
 
-void OCAnsiString::initializeBlock(const char* text, unsigned long count) {
+void OCAnsiString::initializeOnHeap(const char* text, unsigned long count) {
     const unsigned long needed = capacityFor(count);
     char* block = nullptr;
     stringAllocate(block, needed);
     std::memcpy(block, text, count);
-    begin(count);
-    capacity = needed;
+    block[count] = 0;
     data = block;
-    data[count] = 0;
+    granularity = step;
+    capacity = needed;
+    length = count;
 }
 
 void OCAnsiString::take(OCAnsiString& other) noexcept {
-    begin(other.length);
+    data = localBuffer;
+    granularity = step;
     capacity = other.capacity;
+    length = other.length;
     if (other.data == other.localBuffer)
         copyInline(localBuffer, other.localBuffer, length);
     else
         data = other.data;
-    other.initializeShort("", 0);
+    other.initialize(Block{0, 0}, 0);
 }
 
 void OCAnsiString::releaseBlock() noexcept {
@@ -524,7 +547,7 @@ OCAnsiString& OCAnsiString::upperCase() {
 
 // Comparison and search
 
-OECompareResult OCAnsiString::compareExactly(const OCAnsiString& other) const noexcept {
+OECompareResult OCAnsiString::compareFurther(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
     if (common > step)
         return compareLong(other);
