@@ -41,7 +41,8 @@ public:
     OCStringList& assign(const OCStringList& other);
     /// Adds copies of `other`'s strings in order, each at its place in a sorted list; null slots
     /// are skipped. A list appended to itself doubles what it held.
-    /// @throws OXMemory_AllocationError when memory is exhausted; a part may have been added.
+    /// @throws OXMemory_AllocationError when memory is exhausted; a part may then have been added
+    /// to a sorted list.
     OCStringList& append(const OCStringList& other);
 
     /// Adds a copy of `text`: at its place in a sorted list (before an equal string), at the end of
@@ -66,9 +67,10 @@ public:
         return const_cast<OCAnsiString&>(static_cast<const OCStringList*>(this)->getString(index));
     }
     const OCAnsiString& getString(unsigned long index) const {
-        if (!strings.hasElement(index))
+        const OCAnsiString* const string = stringIn(strings, index);
+        if (string == nullptr)
             throwMissingString(index);
-        return static_cast<const OCAnsiString&>(strings.getElement(index));
+        return *string;
     }
 
     /// Replaces the string at `index` by a copy of `text`. In a sorted list it moves to its place.
@@ -127,10 +129,31 @@ private:
     OEStringCase getSense() const {
         return listCase == StringListCaseInsensitive ? StringCaseInsensitive : StringCaseSensitive;
     }
+    /// The string at `index` of a vector of strings, or null.
+    static const OCAnsiString* stringIn(const OCVector& vector, unsigned long index) {
+        return vector.hasElement(index) ? static_cast<const OCAnsiString*>(vector.elements[index])
+                                        : nullptr;
+    }
+
+    void swap(OCStringList& other) noexcept;
     void addString(const char* text, unsigned long count);
-    void appendStrings(const OCVector& source);
     /// Gives `string` its place; it is the list's own when this returns.
     void insertString(OCAnsiString& string);
+    /// Takes the strings of `source`, which has no null slots, in their order.
+    void takeStrings(OCStringList& source);
+    void insertStrings(OCStringList& source);
+    /// Takes the strings of `source` all at once, if that comes to the same; otherwise does nothing
+    /// and returns false.
+    bool mergeStrings(OCStringList& source);
+    /// Drops all slots without deleting their strings.
+    void forgetStrings();
+    /// Whether the vector has no null slots and is sorted.
+    bool isInOrder(const OCVector& vector) const;
+    /// Whether neighbours in a sorted vector are equal to the list, but not the same.
+    bool hasVariants(const OCVector& vector) const;
+    void sortStrings(OCVector& vector) const;
+    /// Sorts by the strings' first characters where possible; false when nothing is done.
+    bool sortByKeys(OCVector& vector) const;
     /// Replaces the string at `index` and moves it to its place, in the slots that the list has.
     void moveString(unsigned long index, const OCAnsiString& text);
     void copySlot(unsigned long to, unsigned long from);
@@ -158,8 +181,11 @@ public:
     static void exportStream(const OCStringList& list, OCStream& stream);
     /// Replaces the list by the lines of `text`. A line end at the end of the text makes no further
     /// line.
+    /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     static void importString(OCStringList& list, const OCAnsiString& text);
     /// Replaces the list by the lines of the stream, from its position to its end.
+    /// @throws OXMemory_AllocationError and whatever the stream throws; the list is not changed
+    /// then.
     static void importStream(OCStringList& list, OCStream& stream);
 };
 

@@ -4,7 +4,11 @@
 #include "OCMemory.h"
 #include "OCStringConversion.h"
 #include "OCStringUtilities.h"
+#include "containers/OCQuickSort.h"
 #include "core/OCKernels.h"
+
+#include <algorithm>
+#include <utility>
 
 OXStringList::OXStringList() = default;
 
@@ -36,6 +40,88 @@ OECompareResult compareStrings(const OCObject* a, const OCObject* b, OEStringCas
     }
     return static_cast<const OCAnsiString*>(a)->compare(*static_cast<const OCAnsiString*>(b),
                                                         sense);
+}
+
+/// The strings of a list while it is sorted, each with its first characters in a form that compares
+/// as numbers, so that most comparisons do not have to fetch the strings themselves.
+class SortedStrings {
+public:
+    struct Entry {
+        unsigned long key[2];
+        OCAnsiString* string;
+    };
+    typedef Entry Pivot;
+
+    /// Room for `count` strings.
+    SortedStrings(unsigned long count, OEStringCase matching) : entries(nullptr), sense(matching) {
+        void* block = nullptr;
+        memoryAllocate(block, count * sizeof(Entry));
+        entries = static_cast<Entry*>(block);
+    }
+    SortedStrings(const SortedStrings&) = delete;
+    SortedStrings& operator=(const SortedStrings&) = delete;
+    ~SortedStrings() {
+        void* block = entries;
+        memoryRelease(block);
+    }
+
+    OCAnsiString& string(unsigned long index) const { return *entries[index].string; }
+    void setString(unsigned long index, OCAnsiString& string) {
+        char bytes[sizeof Entry::key] = {};
+        const unsigned long count = std::min(string.getLength(), sizeof bytes);
+        stringCopy(bytes, string.getString(), count);
+        if (sense == StringCaseInsensitive)
+            orvabase::kernels::foldLower(bytes, bytes, count);
+        // Characters count as signed; what a short string lacks is less than any of them.
+        for (unsigned long i = 0; i < count; ++i)
+            bytes[i] = static_cast<char>(bytes[i] ^ '\x80');
+        Entry& entry = entries[index];
+        memoryCopy(entry.key, bytes, sizeof bytes);
+        entry.key[0] = __builtin_bswap64(entry.key[0]);
+        entry.key[1] = __builtin_bswap64(entry.key[1]);
+        entry.string = &string;
+    }
+
+    Entry pivot(long index) const { return entries[index]; }
+    OECompareResult compare(long index, const Entry& pivot) const {
+        const Entry& entry = entries[index];
+        for (int i = 0; i < 2; ++i) {
+            if (entry.key[i] != pivot.key[i])
+                return entry.key[i] < pivot.key[i] ? CompareResultLess : CompareResultGreater;
+        }
+        // A partition always comes across its pivot.
+        return entry.string == pivot.string ? CompareResultEqual
+                                            : entry.string->compare(*pivot.string, sense);
+    }
+    void exchange(long a, long b) { std::swap(entries[a], entries[b]); }
+
+private:
+    Entry* entries;
+    OEStringCase sense;
+};
+
+// A list's strings are all over the heap. Those that are looked at soon are fetched meanwhile.
+
+/// From this many strings on a list is sorted by keys; for fewer it does not pay.
+constexpr unsigned long keyedFrom = 16;
+
+/// From this many strings on they are put into a sorted list together.
+constexpr unsigned long mergedFrom = 256;
+
+/// How many strings ahead a loop over a list fetches.
+constexpr unsigned long fetchedAhead = 16;
+
+/// Fetches what tells a string's length and where its text is.
+void fetchHead(const OCAnsiString* string) {
+    if (string != nullptr)
+        __builtin_prefetch(reinterpret_cast<const char*>(string + 1) - sizeof(unsigned long));
+}
+
+/// Fetches the string and the beginning of its text.
+void fetchText(const OCAnsiString* string) {
+    fetchHead(string);
+    if (string != nullptr)
+        __builtin_prefetch(reinterpret_cast<const char*>(string) + sizeof(void*));
 }
 
 /// Owns a string until it has its place in a list.
@@ -81,28 +167,89 @@ OCStringList& OCStringList::assign(const OCStringList& other) {
     if (this == &other)
         return *this;
     OCStringList copy(other);
-    listCase = copy.listCase;
-    listMode = copy.listMode;
-    strings.swap(copy.strings);
+    swap(copy);
     return *this;
+}
+
+void OCStringList::swap(OCStringList& other) noexcept {
+    std::swap(listCase, other.listCase);
+    std::swap(listMode, other.listMode);
+    strings.swap(other.strings);
 }
 
 OCStringList& OCStringList::append(const OCStringList& other) {
-    if (this == &other) {
-        const OCVector snapshot(strings);
-        appendStrings(snapshot);
-    } else {
-        appendStrings(other.strings);
+    OCStringList copies(listCase, StringListModeUnsorted);
+    for (unsigned long i = 0; i < other.getCount(); ++i) {
+        if (other.hasString(i))
+            copies.addString(other.getString(i));
     }
+    takeStrings(copies);
     return *this;
 }
 
-void OCStringList::appendStrings(const OCVector& source) {
-    const unsigned long count = source.getCount();
-    for (unsigned long i = 0; i < count; ++i) {
-        if (source.hasElement(i))
-            addString(static_cast<const OCAnsiString&>(source.getElement(i)));
+void OCStringList::takeStrings(OCStringList& source) {
+    if (listMode == StringListModeSorted) {
+        if (!mergeStrings(source))
+            insertStrings(source);
+        return;
     }
+    const unsigned long count = strings.getCount();
+    strings.setCount(count + source.getCount());
+    for (unsigned long i = 0; i < source.getCount(); ++i)
+        strings.setElement(count + i, source.getString(i));
+    source.forgetStrings();
+}
+
+bool OCStringList::mergeStrings(OCStringList& source) {
+    if (source.getCount() < mergedFrom || !isInOrder(strings))
+        return false;
+    const unsigned long count = strings.getCount();
+    OCVector merged(strings);
+    merged.setCount(count + source.getCount());
+    for (unsigned long i = 0; i < source.getCount(); ++i)
+        merged.setElement(count + i, source.getString(i));
+    sortStrings(merged);
+    if (hasVariants(merged))
+        return false;
+    strings.swap(merged);
+    source.forgetStrings();
+    return true;
+}
+
+void OCStringList::insertStrings(OCStringList& source) {
+    for (unsigned long i = 0; i < source.getCount(); ++i) {
+        insertString(source.getString(i));
+        source.strings.nullElement(i);
+    }
+}
+
+void OCStringList::forgetStrings() {
+    OCVector forgotten;
+    strings.swap(forgotten);
+}
+
+bool OCStringList::isInOrder(const OCVector& vector) const {
+    for (unsigned long i = 0; i < vector.getCount(); ++i) {
+        if (!vector.hasElement(i))
+            return false;
+        if (i != 0 && compareFunction()(&vector.getElement(i - 1), &vector.getElement(i)) ==
+                          CompareResultGreater)
+            return false;
+    }
+    return true;
+}
+
+bool OCStringList::hasVariants(const OCVector& vector) const {
+    if (listCase != StringListCaseInsensitive)
+        return false;
+    for (unsigned long i = 1; i < vector.getCount(); ++i) {
+        const OCObject* const a = &vector.getElement(i - 1);
+        const OCObject* const b = &vector.getElement(i);
+        if (stringListCompareInsensitive(a, b) == CompareResultEqual &&
+            stringListCompareSensitive(a, b) != CompareResultEqual)
+            return true;
+    }
+    return false;
 }
 
 void OCStringList::addString(const OCAnsiString& text) {
@@ -187,8 +334,10 @@ void OCStringList::nullString(unsigned long index) {
 }
 
 void OCStringList::setCount(unsigned long n) {
-    for (unsigned long i = n; i < strings.getCount(); ++i)
+    for (unsigned long i = n; i < strings.getCount(); ++i) {
+        fetchHead(stringIn(strings, i + fetchedAhead));
         nullString(i);
+    }
     strings.setCount(n);
 }
 
@@ -218,15 +367,15 @@ bool OCStringList::search(const OCAnsiString& text, unsigned long& index,
     while (low < high) {
         // The middle of `low` and the last index, which is one below `high`.
         const unsigned long middle = low + (high - 1 - low) / 2;
-        const unsigned long slot = middle < skipped ? middle : middle + 1;
-        OECompareResult result = CompareResultLess;
-        if (strings.hasElement(slot)) {
-            result =
-                static_cast<const OCAnsiString&>(strings.getElement(slot)).compare(text, sense);
-            if (result == CompareResultEqual) {
-                index = middle;
-                return true;
-            }
+        const OCAnsiString* const string =
+            stringIn(strings, middle < skipped ? middle : middle + 1);
+        fetchText(stringIn(strings, low + (middle - low) / 2));
+        fetchText(stringIn(strings, middle + 1 + (high - middle - 1) / 2));
+        const OECompareResult result =
+            string == nullptr ? CompareResultLess : string->compare(text, sense);
+        if (result == CompareResultEqual) {
+            index = middle;
+            return true;
         }
         if (result == CompareResultLess)
             low = middle + 1;
@@ -238,11 +387,11 @@ bool OCStringList::search(const OCAnsiString& text, unsigned long& index,
 }
 
 bool OCStringList::indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const {
-    const OEStringCase sense = getSense();
     for (unsigned long i = 0; i < strings.getCount(); ++i) {
-        if (strings.hasElement(i) &&
-            static_cast<const OCAnsiString&>(strings.getElement(i)).compare(text, sense) ==
-                CompareResultEqual) {
+        fetchText(stringIn(strings, i + fetchedAhead));
+        const OCAnsiString* const string = stringIn(strings, i);
+        if (string != nullptr && string->getLength() == text.getLength() &&
+            string->compare(text, getSense()) == CompareResultEqual) {
             index = i;
             return true;
         }
@@ -251,7 +400,33 @@ bool OCStringList::indexOfUnsorted(const OCAnsiString& text, unsigned long& inde
 }
 
 void OCStringList::sort() {
-    strings.sort(compareFunction());
+    sortStrings(strings);
+}
+
+void OCStringList::sortStrings(OCVector& vector) const {
+    if (!sortByKeys(vector))
+        vector.sort(compareFunction());
+}
+
+bool OCStringList::sortByKeys(OCVector& vector) const {
+    const unsigned long count = vector.getCount();
+    if (count < keyedFrom || count > ~0UL / sizeof(SortedStrings::Entry))
+        return false;
+    try {
+        SortedStrings sorted(count, getSense());
+        for (unsigned long i = 0; i < count; ++i) {
+            fetchText(stringIn(vector, i + fetchedAhead));
+            if (!vector.hasElement(i))
+                return false;
+            sorted.setString(i, static_cast<OCAnsiString&>(vector.getElement(i)));
+        }
+        orvabase::OCQuickSort<SortedStrings>(sorted).sort(count);
+        for (unsigned long i = 0; i < count; ++i)
+            vector.setElement(i, sorted.string(i));
+        return true;
+    } catch (const OXMemory_AllocationError&) {
+        return false;
+    }
 }
 
 void OCStringList::loadFromStream(OCStream& stream) {
@@ -273,9 +448,12 @@ void OCStringList::saveToFile(const OCFilePath& path) const {
 }
 
 unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list) {
+    // From the last to the first: what is filled next begins with what was looked at last.
     unsigned long length = 0;
-    for (unsigned long i = 0; i < list.getCount(); ++i) {
-        const unsigned long added = 2 + (list.hasString(i) ? list.getString(i).getLength() : 0);
+    for (unsigned long i = list.getCount(); i != 0; --i) {
+        fetchHead(OCStringList::stringIn(list.strings, i - 1 - fetchedAhead));
+        const OCAnsiString* const string = OCStringList::stringIn(list.strings, i - 1);
+        const unsigned long added = 2 + (string == nullptr ? 0 : string->getLength());
         if (added > ~0UL - length)
             throw OXMemory_AllocationError();
         length += added;
@@ -285,10 +463,11 @@ unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list
 
 void OCStringListUtilities::exportStringBuffer(const OCStringList& list, char* buffer) {
     for (unsigned long i = 0; i < list.getCount(); ++i) {
-        if (list.hasString(i)) {
-            const OCAnsiString& string = list.getString(i);
-            stringCopy(buffer, string.getString(), string.getLength());
-            buffer += string.getLength();
+        fetchText(OCStringList::stringIn(list.strings, i + fetchedAhead));
+        const OCAnsiString* const string = OCStringList::stringIn(list.strings, i);
+        if (string != nullptr) {
+            stringCopy(buffer, string->getString(), string->getLength());
+            buffer += string->getLength();
         }
         *buffer++ = '\r';
         *buffer++ = '\n';
@@ -303,16 +482,7 @@ OCAnsiString OCStringListUtilities::exportString(const OCStringList& list) {
 }
 
 void OCStringListUtilities::importString(OCStringList& list, const OCAnsiString& text) {
-    for (unsigned long i = 0; i < list.getCount(); ++i) {
-        if (list.hasString(i) && &list.getString(i) == &text) {
-            // The text goes away with the list's strings.
-            const OCAnsiString copy(text);
-            importString(list, copy);
-            return;
-        }
-    }
-
-    list.clear();
+    OCStringList lines(list.listCase, StringListModeUnsorted);
     const char* line = text.getString();
     const char* const end = line + text.getLength();
     while (line != end) {
@@ -320,13 +490,17 @@ void OCStringListUtilities::importString(OCStringList& list, const OCAnsiString&
         unsigned long length = orvabase::kernels::findEither(line, remaining, '\r', '\n');
         if (length == orvabase::kernels::notFound)
             length = remaining;
-        list.addString(line, length);
+        lines.addString(line, length);
         line += length;
         if (line != end && *line == '\r')
             ++line;
         if (line != end && *line == '\n')
             ++line;
     }
+    // The text may be one of the list's strings, which go away only now.
+    OCStringList imported(list.listCase, list.listMode);
+    imported.takeStrings(lines);
+    list.swap(imported);
 }
 
 void OCStringListUtilities::exportStream(const OCStringList& list, OCStream& stream) {

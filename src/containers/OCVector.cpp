@@ -2,6 +2,7 @@
 
 #include "OCMemory.h"
 #include "OCStringConversion.h"
+#include "containers/OCQuickSort.h"
 
 #include <algorithm>
 #include <utility>
@@ -42,85 +43,23 @@ namespace {
 /// something else lies behind it on the heap.
 constexpr unsigned long spareFrom = 8192;
 
-/// Sorts the slots of one vector. Elements only ever change places by exchange, so none is lost
-/// when the comparator throws, and every access is checked, so that nothing beyond the vector is
-/// touched whatever the comparator answers.
-class Sorter {
+/// The slots of a vector. Every access is checked, so that a comparator may do to the vector
+/// whatever it likes.
+class SortedSlots {
 public:
-    Sorter(OCVector& target, OCVector::Comparator order) : vector(target), comparator(order) {}
+    typedef const OCObject* Pivot;
 
-    void quickSort(long low, long high, unsigned int depth) {
-        for (;; --depth) {
-            if (depth == 0) {
-                heapSort(low, high);
-                return;
-            }
-            long i = low;
-            long j = high;
-            partition(i, j);
-            if (low < j)
-                quickSort(low, j, depth - 1);
-            if (i >= high)
-                return;
-            low = i;
-        }
-    }
+    SortedSlots(OCVector& sorted, OCVector::Comparator order) : vector(sorted), comparator(order) {}
 
-private:
-    OCObject& element(long index) const {
-        return vector.getElement(static_cast<unsigned long>(index));
+    Pivot pivot(long index) const { return &vector.getElement(static_cast<unsigned long>(index)); }
+    OECompareResult compare(long index, Pivot other) const {
+        return comparator(pivot(index), other);
     }
     void exchange(long a, long b) {
         vector.exchangeElements(static_cast<unsigned long>(a), static_cast<unsigned long>(b));
     }
-    bool isLess(long index, const OCObject* pivot) const {
-        return comparator(&element(index), pivot) == CompareResultLess;
-    }
-    bool isGreater(long index, const OCObject* pivot) const {
-        return comparator(&element(index), pivot) == CompareResultGreater;
-    }
 
-    /// Partitions the slots `i` to `j` by the element in their middle. Afterwards what is left to
-    /// sort are the slots up to `j` and those from `i` on. A comparator that contradicts itself
-    /// stops at the ends of the range.
-    void partition(long& i, long& j) {
-        const long low = i;
-        const long high = j;
-        const OCObject* const pivot = &element((low + high) / 2);
-        do {
-            while (isLess(i, pivot) && i < high)
-                ++i;
-            while (isGreater(j, pivot) && j > low)
-                --j;
-            if (i <= j) {
-                exchange(i, j);
-                ++i;
-                --j;
-            }
-        } while (i <= j);
-    }
-
-    void heapSort(long low, long high) {
-        const long size = high - low + 1;
-        for (long root = size / 2 - 1; root >= 0; --root)
-            siftDown(low, root, size);
-        for (long end = size - 1; end > 0; --end) {
-            exchange(low, low + end);
-            siftDown(low, 0, end);
-        }
-    }
-
-    void siftDown(long low, long root, long size) {
-        for (long child = 2 * root + 1; child < size; child = 2 * root + 1) {
-            if (child + 1 < size && isLess(low + child, &element(low + child + 1)))
-                ++child;
-            if (!isLess(low + root, &element(low + child)))
-                return;
-            exchange(low + root, low + child);
-            root = child;
-        }
-    }
-
+private:
     OCVector& vector;
     OCVector::Comparator comparator;
 };
@@ -257,11 +196,8 @@ void OCVector::exchangeElements(unsigned long a, unsigned long b) {
 void OCVector::sort(Comparator comparator) {
     if (count == 0)
         return;
-    // Far deeper than partitions of common orders get.
-    unsigned int depth = 32;
-    for (unsigned long n = count; n > 1; n /= 2)
-        depth += 4;
-    Sorter(*this, comparator).quickSort(0, static_cast<long>(count - 1), depth);
+    SortedSlots range(*this, comparator);
+    orvabase::OCQuickSort<SortedSlots>(range).sort(count);
 }
 
 void OCVector::throwNoSuchIndex(unsigned long index) {
