@@ -4,6 +4,7 @@
 #include "OCMemoryStream.h"
 #include "support/Exceptions.h"
 #include "support/FaultInjection.h"
+#include "support/Growth.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
@@ -1040,9 +1041,8 @@ TEST(OXStringList, CarriesClassMessageAndIndex) {
 // Size
 
 TEST(OCStringList, AMillionLinesOf50CharactersTake185Megabytes) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "a sanitizer's heap has other sizes";
-#endif
+    if (fault::sanitized)
+        GTEST_SKIP() << "a sanitizer's heap has other sizes";
     std::string lines;
     for (int i = 0; i < 1000000; ++i)
         lines += std::string(49, 'x') + char('a' + i % 26) + '\n';
@@ -1059,19 +1059,40 @@ TEST(OCStringList, AMillionLinesOf50CharactersTake185Megabytes) {
     EXPECT_LE(after - before, 185000000u);
 }
 
-TEST(OCStringList, LargeListsAreNeverQuadratic) {
+OCAnsiString manyLines(unsigned long count) {
     std::string lines;
-    for (int i = 0; i < 200000; ++i)
-        lines += std::to_string((i * 7919L) % 200000) + '\n';
+    for (unsigned long i = 0; i < count; ++i)
+        lines += std::to_string(i * 7919 % 1000003) + '\n';
+    return string(lines);
+}
+
+void importSorted(unsigned long count) {
     OCStringList list = sorted();
-    OCStringListUtilities::importString(list, string(lines));
-    EXPECT_EQ(200000u, list.getCount());
-    OCStringList copy(list);
-    copy.append(list);
-    EXPECT_EQ(400000u, copy.getCount());
-    EXPECT_EQ(OCAnsiString("0"), copy.getString(1));
-    copy.clear();
-    EXPECT_EQ(0u, copy.getCount());
+    OCStringListUtilities::importString(list, manyLines(count));
+    EXPECT_EQ(count, list.getCount());
+}
+
+void appendSorted(unsigned long count) {
+    OCStringList many = unsorted();
+    OCStringListUtilities::importString(many, manyLines(count));
+    OCStringList list = sortedInsensitive({"0", "9"});
+    list.append(many);
+    const OCStringList copy(list);
+    EXPECT_EQ(count + 2, copy.getCount());
+}
+
+void addAndClear(unsigned long count) {
+    OCStringList list = unsorted();
+    for (unsigned long i = 0; i < count; ++i)
+        list += "x";
+    list.clear();
+    EXPECT_EQ(0u, list.getCount());
+}
+
+TEST(OCStringList, LargeListsAreNotQuadratic) {
+    EXPECT_LT(growth::ofEightTimes(importSorted, 40000), 30);
+    EXPECT_LT(growth::ofEightTimes(appendSorted, 40000), 30);
+    EXPECT_LT(growth::ofEightTimes(addAndClear, 40000), 30);
 }
 
 TEST(OCStringList, BehavesLikeItsModel) {

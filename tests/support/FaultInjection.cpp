@@ -4,20 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define FAULT_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define FAULT_SANITIZED 1
-#endif
-#endif
-
 // These run before the sanitizers are ready and inside their own start, so they are not
 // instrumented.
 #define FAULT_PLAIN __attribute__((no_sanitize("address", "thread", "undefined")))
 
 extern "C" {
-#ifdef FAULT_SANITIZED
+#if FAULT_SANITIZED
 void* __interceptor_malloc(std::size_t);
 void* __interceptor_calloc(std::size_t, std::size_t);
 void* __interceptor_realloc(void*, std::size_t);
@@ -32,7 +24,7 @@ void __libc_free(void*);
 
 namespace {
 
-#ifdef FAULT_SANITIZED
+#if FAULT_SANITIZED
 constexpr auto underlyingMalloc = __interceptor_malloc;
 constexpr auto underlyingCalloc = __interceptor_calloc;
 constexpr auto underlyingRealloc = __interceptor_realloc;
@@ -67,7 +59,7 @@ FAULT_PLAIN bool refuses(std::size_t size) {
             --own.countdown;
         own.triggered = own.triggered || refused;
     }
-#ifdef FAULT_SANITIZED
+#if FAULT_SANITIZED
     // A sanitizer ends the program where the C library merely refuses.
     refused = refused || size > (std::size_t(1) << 39);
 #endif

@@ -12,7 +12,21 @@
 #include <cstddef>
 #include <utility>
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define FAULT_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define FAULT_SANITIZED 1
+#endif
+#endif
+#ifndef FAULT_SANITIZED
+#define FAULT_SANITIZED 0
+#endif
+
 namespace fault {
+
+/// Whether the program was built with a sanitizer, whose heap has other sizes and speeds.
+constexpr bool sanitized = FAULT_SANITIZED;
 
 /// What the calling thread has asked of the heap.
 struct HeapRecord {
