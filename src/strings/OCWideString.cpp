@@ -351,8 +351,6 @@ bool OCWideString::indexOf(wchar_t c, unsigned long& position, OEStringCase sens
 
 bool OCWideString::indexOf(const OCWideString& text, unsigned long& position,
                            OEStringCase sense) const {
-    if (text.length == 0 || text.length > length)
-        return false;
     const unsigned long found = findText(data, length, text, sense);
     if (found == kernels::notFound)
         return false;

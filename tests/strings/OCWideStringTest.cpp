@@ -1139,16 +1139,20 @@ TEST(WideString, ReplacesWithArgumentsThatAreTheStringItself) {
 }
 
 TEST(WideString, RefusesAReplacementWhoseLengthWouldWrapAround) {
-    // 2^31 occurrences would be needed to get there honestly, so the length is claimed. Nothing
-    // beyond the text is read before the refusal.
+    // Texts of such lengths do not fit into memory, so the length is claimed. Nothing of the text
+    // is read before the refusal.
     OCWideString s = make(std::wstring(1024, L'a'));
     OCWideString to(L"b");
-    unsigned long claimed = ULONG_MAX / 4 / 1024 + 1;
-    std::memcpy(reinterpret_cast<char*>(&to) + 24, &claimed, sizeof claimed);
-    EXPECT_THROW(s.replace(L"a", to), OXMemory_AllocationError);
-    EXPECT_STRING(std::wstring(1024, L'a'), s);
-    claimed = 1;
-    std::memcpy(reinterpret_cast<char*>(&to) + 24, &claimed, sizeof claimed);
+    const auto claimLength = [&](unsigned long length) {
+        std::memcpy(reinterpret_cast<char*>(&to) + 24, &length, sizeof length);
+    };
+    for (unsigned long length :
+         {1UL << 52, (1UL << 52) + 1, 1UL << 54, (1UL << 54) + 1, 1UL << 61, 1UL << 62}) {
+        claimLength(length);
+        EXPECT_THROW(s.replace(L"a", to), OXMemory_AllocationError) << length;
+        EXPECT_STRING(std::wstring(1024, L'a'), s);
+    }
+    claimLength(1);
 }
 
 // Exhausted memory
