@@ -114,32 +114,19 @@ void XmlCursor::makeRoom() {
     mark = storage;
 }
 
-/// Reads one batch behind the end, as the source does. What it throws leaves the cursor as it is.
+/// Reads one batch of bytes behind the end, as the source does; private readers have no wide
+/// characters. What it throws leaves the cursor as it is.
 void XmlCursor::fill() {
-    OCStream& stream = reader.source.stream;
     wchar_t* to = end;
     unsigned long remaining = batch;
     while (remaining > 0) {
-        unsigned long count;
-        if (reader.source.encoding == XmlEncodingAnsi) {
-            char bytes[batch];
-            count = remaining;
-            if (!stream.read(bytes, count) || count == 0)
-                break;
-            if (count > remaining)
-                count = remaining;
-            kernels::widen(to, bytes, count);
-        } else if (reader.source.encoding == XmlEncodingWide) {
-            count = remaining * sizeof(wchar_t);
-            if (!stream.read(to, count) || count == 0)
-                break;
-            if (count % sizeof(wchar_t) != 0)
-                throw OXXmlParserSource_CharacterTruncated();
-            count /= sizeof(wchar_t);
-            if (count > remaining)
-                count = remaining;
-        } else
+        char bytes[batch];
+        unsigned long count = remaining;
+        if (!reader.source.stream.read(bytes, count) || count == 0)
             break;
+        if (count > remaining)
+            count = remaining;
+        kernels::widen(to, bytes, count);
         to += count;
         remaining -= count;
     }
@@ -165,19 +152,18 @@ void XmlCursor::enlargeSink(unsigned long length) {
         sink->setLength(length + (length < longToken ? length : longestStep));
 }
 
-/// Keeps the larger one of the spare string and `text`.
+/// Keeps `text` as the spare string, unless that is larger; the other one is given up.
 void XmlCursor::keepSpare(OCWideString& text) noexcept {
-    OCWideString other(static_cast<OCWideString&&>(spare));
-    spare = static_cast<OCWideString&&>(text);
-    if (other.getLength() > spare.getLength()) {
-        text = static_cast<OCWideString&&>(spare);
-        spare = static_cast<OCWideString&&>(other);
-        other = static_cast<OCWideString&&>(text);
+    if (text.getLength() > spare.getLength()) {
+        OCWideString smaller(static_cast<OCWideString&&>(spare));
+        spare = static_cast<OCWideString&&>(text);
+        text = static_cast<OCWideString&&>(smaller);
     }
     // The heap of the C library keeps blocks of the size that it has seen freed once, and grows
     // them by copying from then on. So a large block is made small before it is freed.
-    if (other.getLength() > ordinaryLength)
-        other.setLength(ordinaryLength);
+    if (text.getLength() > ordinaryLength)
+        text.setLength(ordinaryLength);
+    text.clear();
 }
 
 void XmlCursor::endToken() {
@@ -252,6 +238,25 @@ bool XmlCursor::takeUntil(wchar_t c, OCWideString& text) {
     const bool found = find(c);
     endToken();
     return found;
+}
+
+bool XmlCursor::takeAvailableAttribute(OCWideString& name, OCWideString& value) {
+    const unsigned long count = available();
+    const unsigned long nameCount = kernels::skipWideName(at, count);
+    if (nameCount == 0 || nameCount + 2 >= count || at[nameCount] != L'=')
+        return false;
+    const wchar_t quote = at[nameCount + 1];
+    if (quote != L'"' && quote != L'\'')
+        return false;
+    const wchar_t* const start = at + nameCount + 2;
+    const unsigned long valueCount = kernels::findWide(start, count - nameCount - 2, quote);
+    if (valueCount == kernels::notFound)
+        return false;
+    take(nameCount, name);
+    at += 2;
+    take(valueCount, value);
+    ++at;
+    return true;
 }
 
 bool XmlCursor::find(wchar_t c) {

@@ -103,6 +103,9 @@ public:
     /// Consumes everything before a character and makes it the content of `text`, also when the
     /// input ends first.
     bool takeUntil(wchar_t c, OCWideString& text);
+    /// Consumes an attribute and makes its parts the contents of `name` and `value`, if all of it
+    /// is available and well-formed. Else it does nothing.
+    bool takeAvailableAttribute(OCWideString& name, OCWideString& value);
     /// Consumes the `count` characters of `name` if they are available and a whole name.
     bool acceptAvailableName(const wchar_t* name, unsigned long count);
 

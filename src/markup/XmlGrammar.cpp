@@ -283,21 +283,18 @@ void XmlGrammar::characterData() {
 
 bool XmlGrammar::possibleAttribute() {
     OCWideString& name = text;
-    if (!cursor.takeName(name))
-        return false;
-    if (!cursor.accept(L'=') || !possibleAttributeValue(&value)) {
-        error(XmlParserErrorAttributeMalformed);
-        return false;
+    if (!cursor.takeAvailableAttribute(name, value)) {
+        if (!cursor.takeName(name))
+            return false;
+        if (!cursor.accept(L'=') || !possibleAttributeValue(&value)) {
+            error(XmlParserErrorAttributeMalformed);
+            return false;
+        }
     }
     report([&](OCXmlEvents& events) { events.attribute(name, value); });
     cursor.giveBack(name);
     cursor.giveBack(value);
     return true;
-}
-
-void XmlGrammar::parseName(OCWideString& name) {
-    if (!cursor.takeName(name))
-        error(XmlParserErrorNameMalformed);
 }
 
 void XmlGrammar::parseName() {

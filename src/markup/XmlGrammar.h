@@ -55,7 +55,6 @@ public:
     bool possibleCharacterData();
     bool possibleAttribute();
     bool possibleName(OCWideString& name) { return cursor.takeName(name); }
-    void parseName(OCWideString& name);
     /// Requires a name without keeping it.
     void parseName();
     bool possibleWhiteSpace() { return cursor.skipWhiteSpace(); }
