@@ -453,10 +453,8 @@ unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list
     for (unsigned long i = list.getCount(); i != 0; --i) {
         fetchHead(OCStringList::stringIn(list.strings, i - 1 - fetchedAhead));
         const OCAnsiString* const string = OCStringList::stringIn(list.strings, i - 1);
-        const unsigned long added = 2 + (string == nullptr ? 0 : string->getLength());
-        if (added > ~0UL - length)
-            throw OXMemory_AllocationError();
-        length += added;
+        // This cannot wrap, as all the texts are in memory.
+        length += 2 + (string == nullptr ? 0 : string->getLength());
     }
     return length;
 }

@@ -2,6 +2,7 @@
 #include "OCFilePath.h"
 #include "OCFileStream.h"
 #include "OCMemoryStream.h"
+#include "containers/KillerOrder.h"
 #include "support/Exceptions.h"
 #include "support/FaultInjection.h"
 #include "support/Growth.h"
@@ -501,6 +502,22 @@ TEST(OCStringList, SortsWithoutMemoryForItsKeys) {
     fault.disarm();
     for (unsigned long i = 0; i < 100; ++i)
         EXPECT_EQ(string(std::to_string(100 + i)), list.getString(i));
+}
+
+void sortKillerOrder(unsigned long count) {
+    OCVector vector;
+    const KillerOrder killer(vector, static_cast<int>(count));
+    vector.sort(KillerOrder::compare);
+    OCStringList list = unsorted();
+    for (const int value : killer.getValues())
+        list += string("a beginning that all share " + std::to_string(100000 + value));
+    list.sort();
+    for (unsigned long i = 1; i < count; ++i)
+        ASSERT_LE(list.getString(i - 1), list.getString(i));
+}
+
+TEST(OCStringList, AnOrderMadeToKillIsNotQuadratic) {
+    EXPECT_LT(growth::ofEightTimes(sortKillerOrder, 3000), 30);
 }
 
 // Copies
