@@ -94,31 +94,31 @@ void fillInline(char* to, const char* text, unsigned long count) {
     std::memcpy(to, &last, sizeof(Block));
 }
 
-/// `memmove`, without a call for the shortest texts.
-void moveText(char* to, const char* from, unsigned long count) {
-    if (count > 16) {
+/// Moves `sizeof(Unit)` to twice as many characters.
+template<typename Unit>
+void moveEnds(char* to, const char* from, unsigned long count) {
+    Unit head;
+    Unit tail;
+    std::memcpy(&head, from, sizeof(Unit));
+    std::memcpy(&tail, from + count - sizeof(Unit), sizeof(Unit));
+    std::memcpy(to, &head, sizeof(Unit));
+    std::memcpy(to + count - sizeof(Unit), &tail, sizeof(Unit));
+}
+
+/// `memmove`, without a call for short texts.
+[[gnu::always_inline]] inline void moveText(char* to, const char* from, unsigned long count) {
+    if (count > 32) {
         std::memmove(to, from, count);
+    } else if (count >= 16) {
+        moveEnds<Block>(to, from, count);
     } else if (count >= 8) {
-        unsigned long head = 0;
-        unsigned long tail = 0;
-        std::memcpy(&head, from, 8);
-        std::memcpy(&tail, from + count - 8, 8);
-        std::memcpy(to, &head, 8);
-        std::memcpy(to + count - 8, &tail, 8);
+        moveEnds<unsigned long>(to, from, count);
     } else if (count >= 4) {
-        unsigned int head = 0;
-        unsigned int tail = 0;
-        std::memcpy(&head, from, 4);
-        std::memcpy(&tail, from + count - 4, 4);
-        std::memcpy(to, &head, 4);
-        std::memcpy(to + count - 4, &tail, 4);
-    } else if (count > 0) {
-        const char head = from[0];
-        const char middle = from[count / 2];
-        const char tail = from[count - 1];
-        to[0] = head;
-        to[count / 2] = middle;
-        to[count - 1] = tail;
+        moveEnds<unsigned int>(to, from, count);
+    } else if (count >= 2) {
+        moveEnds<unsigned short>(to, from, count);
+    } else if (count == 1) {
+        *to = *from;
     }
 }
 
@@ -419,12 +419,15 @@ OCAnsiString OCAnsiString::join(const char* left, unsigned long leftCount, const
         joint = Joint(left, leftCount, right);
     const unsigned long front = sum(leftCount, joint.slash);
     const unsigned long behind = rightCount - joint.skipped;
+    const unsigned long n = sum(front, behind);
     OCAnsiString result;
-    result.setLength(sum(front, behind));
+    if (n >= step)
+        result.changeCapacity(n);
     moveText(result.data, left, leftCount);
-    if (joint.slash)
+    if (joint.slash > 0)
         result.data[leftCount] = '/';
     moveText(result.data + front, right + joint.skipped, behind);
+    result.endAt(n);
     return result;
 }
 
