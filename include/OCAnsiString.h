@@ -38,7 +38,11 @@ protected:
 /// for use by several threads at once.
 ///
 /// Every operation that fails leaves the string as it was. An argument may be (part of) the string
-/// itself and counts as it was at the call. A `const char*` must not be null.
+/// itself and counts as it was at the call. A `const char*` must not be null, unless a count of 0
+/// comes with it. Operations that change the string return the string itself.
+///
+/// Changing the length takes at most one heap request each time that it passes a multiple of 64
+/// above 127, and none otherwise.
 ///
 ///     OCAnsiString path("usr");
 ///     path /= "lib";                     // usr/lib
@@ -48,9 +52,10 @@ class ORVABASE_EXPORT OCAnsiString : public OCAbstractString {
 public:
     /// An empty string.
     OCAnsiString() noexcept { initialize(Block{0, 0}, 0); }
+    /// One character, which may be the zero byte.
     OCAnsiString(char c) noexcept { initialize(Block{static_cast<unsigned char>(c), 0}, 1); }
     /// Exactly `count` bytes, zero bytes included.
-    /// @throws OXMemory_AllocationError (so do all constructors but the default one).
+    /// @throws OXMemory_AllocationError (so do all constructors that can make a longer text).
     OCAnsiString(const char* text, unsigned long count) { initialize(text, count); }
     /// The bytes before the first zero byte.
     OCAnsiString(const char* text) { initialize(text, std::strlen(text)); }
@@ -81,8 +86,8 @@ public:
 
     /// Makes the string empty and gives a heap block back.
     OCAnsiString& clear() noexcept;
-    /// Sets the length to `n` and keeps the first characters; characters that come into being have
-    /// no defined value.
+    /// Sets the length to `n` and keeps the characters up to there; characters that come into being
+    /// have no defined value.
     /// @throws OXMemory_AllocationError
     OCAnsiString& setLength(unsigned long n) {
         if (n >= capacity || n + 64 < capacity)
@@ -143,11 +148,14 @@ public:
     OCAnsiString& operator/=(const OCAnsiString& text) { return append(text, StringConcatPath); }
     OCAnsiString& operator/=(const char* text) { return append(text, StringConcatPath); }
     OCAnsiString& operator/=(char c) { return append(c, StringConcatPath); }
-    /// A new string: this one with `other` appended.
+    /// A new string: this one with `other` appended. It takes one heap request at most.
+    /// @throws OXMemory_AllocationError
     OCAnsiString concat(const OCAnsiString& other, OEStringConcat mode = StringConcatPlain) const {
         return join(data, length, other.data, other.length, mode);
     }
+    /// `concat` plainly.
     OCAnsiString operator+(const OCAnsiString& text) const { return concat(text); }
+    /// `concat` as a path.
     OCAnsiString operator/(const OCAnsiString& text) const {
         return concat(text, StringConcatPath);
     }
@@ -158,7 +166,11 @@ public:
     /// @throws OXString_NoSuchIndex (also for an empty `text`), OXMemory_AllocationError
     OCAnsiString& insert(unsigned long position, const OCAnsiString& text);
     /// Inserts `text` at the front, also of an empty string.
+    /// @throws OXMemory_AllocationError
     OCAnsiString& insert(const OCAnsiString& text);
+
+    // The following may ask the heap for a smaller block, so they may throw
+    // OXMemory_AllocationError as well, except when 127 characters or less are left.
 
     /// Keeps the first `n` characters, or all if there are fewer.
     OCAnsiString& left(unsigned long n);
@@ -174,7 +186,7 @@ public:
     /// @throws OXString_NoSuchIndex when `position` is not below the length.
     OCAnsiString& remove(unsigned long position, unsigned long n);
 
-    /// Remove blanks at one end or both: all bytes from 0 to 32.
+    /// Remove blanks at one end or both: all bytes from 0 to 32. (128 to 255 are no blanks.)
     OCAnsiString& trimLeft();
     OCAnsiString& trimRight();
     OCAnsiString& trim();
