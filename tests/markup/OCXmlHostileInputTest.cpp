@@ -423,6 +423,20 @@ TEST(OCXmlHostileInput, HoldsOneLargeTextAtATime) {
     EXPECT_LT(wide, taken);
 }
 
+TEST(OCXmlHostileInput, GivesTheMemoryOfClosedNamesBack) {
+    const std::string name(4UL * 1024 * 1024, 'n');
+    const long taken = memoryOf([&](std::FILE* file) {
+        // The second name is there when nothing of the first is.
+        std::fprintf(file, "<a><%s></%s>%s<b c='%s'/>", name.c_str(), name.c_str(), name.c_str(),
+                     name.c_str());
+        std::fprintf(file, "<%s></%s></a>", name.c_str(), name.c_str());
+    });
+    // The name as a text and as an open name.
+    const long wide = static_cast<long>(name.size()) * 4 / 1024;
+    EXPECT_LT(taken, 2 * wide + wide / 8 + 1024);
+    EXPECT_LT(wide, taken);
+}
+
 TEST(OCXmlHostileInput, TakesMemoryForTheOpenNames) {
     const unsigned long count = million;
     const long taken = memoryOf([&](std::FILE* file) {

@@ -63,6 +63,8 @@ const char* const documents[] = {
     "<a></a ><!--c--><?p?> junk",
     "<a></a b>",
     "<a></>",
+    "<t>t</>",
+    "<t>t</ t>",
     "<></>",
     "< a/>",
     "<a>",

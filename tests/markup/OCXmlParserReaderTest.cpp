@@ -534,10 +534,12 @@ TEST(OCXmlParserReader, SearchesInLinearTime) {
 }
 
 TEST(OCXmlParserReader, TakesThePatternAsItWasWhenItCollectsIntoIt) {
-    Input input("xyab" + std::string(300, 'z'));
+    const std::string passed(1000, 'x');
+    Input input(passed + "ab" + std::string(300, 'z'));
     OCWideString pattern(L"ab");
     EXPECT_TRUE(input.reader.findString(pattern, pattern));
-    EXPECT_EQ(L"abxy", text(pattern));
+    EXPECT_EQ(L"ab" + std::wstring(1000, L'x'), text(pattern));
+    EXPECT_TRUE(input.reader.peekString(L"abz"));
 }
 
 TEST(OCXmlParserReader, TheInternalSearchesTakeNoString) {

@@ -996,6 +996,49 @@ TEST(OCXmlParser, AlwaysEndsADocumentThatItStarted) {
         }
 }
 
+// Streams that break their contract
+
+/// A stream whose reads deliver nothing, or claim to deliver more than was asked for.
+class Untrustworthy : public OCNullStream {
+public:
+    explicit Untrustworthy(bool much) : tooMuch(much) {}
+    bool read(void* buffer, unsigned long& count) override {
+        if (++reads > 3)
+            return false;
+        if (tooMuch) {
+            std::memset(buffer, ' ', count);
+            count *= 2;
+        } else
+            count = 0;
+        return true;
+    }
+    unsigned reads = 0;
+
+private:
+    bool tooMuch;
+};
+
+TEST(OCXmlParser, CountsAReadOfNothingAsTheEnd) {
+    Untrustworthy stream(false);
+    OCXmlEvents receiver;
+    OCXmlParser parser;
+    parser.setEvents(receiver);
+    EXPECT_EXCEPTION(parser.parse(stream), OXXmlParser_ElementMalformed, "Malformed XML element");
+    // One look each for the declaration, the document type and the root.
+    EXPECT_EQ(3u, stream.reads);
+}
+
+TEST(OCXmlParser, TakesNoMoreThanItAskedFor) {
+    Untrustworthy stream(true);
+    Log log;
+    LoggingEvents receiver(log);
+    receiver.errorsReturn = true;
+    OCXmlParser parser;
+    parser.setEvents(receiver);
+    parser.parse(stream);
+    EXPECT_EQ((Log{"documentStart", "error 12", "documentEnd"}), log);
+}
+
 // Memory
 
 TEST(OCXmlParser, SurvivesRefusedMemory) {
