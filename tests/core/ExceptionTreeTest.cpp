@@ -1,0 +1,320 @@
+// Every exception class of the library, with the texts that handlers may rely on.
+
+#include "orvabase.h"
+#include "support/FaultInjection.h"
+#include "support/Slots.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+
+#include <cxxabi.h>
+
+namespace {
+
+/// An error number of the system, and what it says.
+constexpr unsigned int missing = ENOENT;
+
+std::set<std::string> checked;
+
+template<class Class>
+void noteChecked() {
+    int status = 0;
+    char* const name = abi::__cxa_demangle(typeid(Class).name(), nullptr, nullptr, &status);
+    checked.insert(name);
+    std::free(name);
+}
+
+/// `Family` is an abstract part of the tree, right below `Base`.
+template<class Family, class Base>
+void expectFamily() {
+    noteChecked<Family>();
+    EXPECT_TRUE((std::is_base_of_v<Base, Family>));
+    EXPECT_TRUE((std::is_base_of_v<OXAutoException, Base>));
+    EXPECT_FALSE(std::is_default_constructible_v<Family>);
+    EXPECT_TRUE(std::is_nothrow_destructible_v<Family>);
+    EXPECT_EQ(400u, sizeof(Family));
+    EXPECT_EQ(4u, slots::slotCount<Family>());
+}
+
+/// Whether throwing a `Leaf` reaches a handler of `Base`, with the leaf's texts.
+template<class Base, class Leaf>
+bool isCaughtAs(const Leaf& leaf) {
+    try {
+        throw Leaf(leaf);
+    } catch (const Base& caught) {
+        return caught.getClass() == leaf.getClass() && caught.getMessage() == leaf.getMessage();
+    } catch (...) {
+        return false;
+    }
+}
+
+/// `Leaf`, made with `arguments`, has the class name `name` and the full text `message`.
+template<class Leaf, class Base, class... Arguments>
+void expectLeaf(const char* name, const char* message, Arguments... arguments) {
+    SCOPED_TRACE(name);
+    noteChecked<Leaf>();
+    EXPECT_TRUE((std::is_base_of_v<Base, Leaf>));
+    EXPECT_FALSE((std::is_same_v<Base, Leaf>));
+    EXPECT_TRUE((std::is_constructible_v<Leaf, Arguments...>));
+    EXPECT_TRUE(std::is_nothrow_destructible_v<Leaf>);
+    EXPECT_EQ(400u, sizeof(Leaf));
+    EXPECT_EQ(4u, slots::slotCount<Leaf>());
+
+    Leaf leaf(arguments...);
+    EXPECT_EQ(OCAnsiString(name), leaf.getClass());
+    EXPECT_EQ(OCAnsiString(message), leaf.getMessage());
+    EXPECT_EQ(sizeof...(Arguments), leaf.getDetails().getCount());
+    EXPECT_TRUE((isCaughtAs<Leaf>(leaf)));
+    EXPECT_TRUE((isCaughtAs<Base>(leaf)));
+    EXPECT_TRUE((isCaughtAs<OXAutoException>(leaf)));
+    EXPECT_TRUE((isCaughtAs<OXException>(leaf)));
+
+    Leaf copy(leaf);
+    copy.getDetails().addString("more");
+    EXPECT_EQ(OCAnsiString(message), leaf.getMessage());
+    EXPECT_EQ(leaf.getDetails().getCount() + 1, copy.getDetails().getCount());
+    leaf = copy;
+    EXPECT_EQ(copy.getMessage(), leaf.getMessage());
+
+    const long blocks = fault::heapRecord().liveBlocks;
+    { const std::unique_ptr<OXException> made(new Leaf(arguments...)); }
+    fault::failEachRequest([&] { const Leaf made(arguments...); });
+    EXPECT_EQ(blocks, fault::heapRecord().liveBlocks);
+}
+
+void expectAllFamilies() {
+    expectFamily<OXBooleanConversion, OXAutoException>();
+    expectFamily<OXBooleanConversion_ConvertError, OXBooleanConversion>();
+    expectFamily<OXCountdown, OXAutoException>();
+    expectFamily<OXDateTime, OXAutoException>();
+    expectFamily<OXDateTimeParser, OXDateTime>();
+    expectFamily<OXEvent, OXAutoException>();
+    expectFamily<OXFilePath, OXAutoException>();
+    expectFamily<OXFileStream, OXHandleStream>();
+    expectFamily<OXFileStreamLock, OXFileStream>();
+    expectFamily<OXHandleStream, OXStream>();
+    expectFamily<OXIntegerConversion, OXAutoException>();
+    expectFamily<OXIntegerConversion_ConvertError, OXIntegerConversion>();
+    expectFamily<OXMemoryBuffer, OXAutoException>();
+    expectFamily<OXMutex, OXAutoException>();
+    expectFamily<OXStack, OXAutoException>();
+    expectFamily<OXStopwatch, OXAutoException>();
+    expectFamily<OXStream, OXAutoException>();
+    expectFamily<OXString, OXAutoException>();
+    expectFamily<OXStringList, OXAutoException>();
+    expectFamily<OXThread, OXAutoException>();
+    expectFamily<OXVector, OXAutoException>();
+    expectFamily<OXXmlParser, OXAutoException>();
+    expectFamily<OXXmlParserSource, OXXmlParser>();
+}
+
+void expectAllLeaves() {
+    expectLeaf<OXBooleanConversion_ConvertStringError, OXBooleanConversion_ConvertError>(
+        "OXBooleanConversion_ConvertStringError", "Error converting string to boolean");
+    expectLeaf<OXCountdown_AcquireTimeError, OXCountdown>("OXCountdown_AcquireTimeError",
+                                                          "Error acquiring the current time");
+    expectLeaf<OXDateTimeParser_SyntaxError, OXDateTimeParser>(
+        "OXDateTimeParser_SyntaxError", "Syntax error parsing date/time string (a text)",
+        OCAnsiString("a text"));
+    expectLeaf<OXDateTime_AcquireError, OXDateTime>("OXDateTime_AcquireError",
+                                                    "Error acquiring current date/time");
+    expectLeaf<OXDateTime_AdjustError, OXDateTime>("OXDateTime_AdjustError",
+                                                   "Error adjusting date/time");
+    expectLeaf<OXDateTime_ConvertError, OXDateTime>("OXDateTime_ConvertExport",
+                                                    "Error converting date/time");
+    expectLeaf<OXDateTime_RepresentError, OXDateTime>("OXDateTime_RepresentExport",
+                                                      "Error representing date/time");
+    expectLeaf<OXEvent_CreateError, OXEvent>(
+        "OXEvent_CreateError", "Error creating synchronization event (No such file or directory)",
+        missing);
+    expectLeaf<OXEvent_SignalError, OXEvent>(
+        "OXEvent_SignalError", "Error signaling synchronization event (No such file or directory)",
+        missing);
+    expectLeaf<OXEvent_TimeError, OXEvent>(
+        "OXEvent_TimeError", "Error acquiring current system time (No such file or directory)",
+        missing);
+    expectLeaf<OXEvent_WaitError, OXEvent>(
+        "OXEvent_WaitError", "Error waiting for synchronization event (No such file or directory)",
+        missing);
+    expectLeaf<OXFilePath_ChangeExtensionError, OXFilePath>(
+        "OXFilePath_ChangeExtensionError", "Error changing extension of file path");
+    expectLeaf<OXFilePath_ChangeFilenameError, OXFilePath>("OXFilePath_ChangeFilenameError",
+                                                           "Error changing filename of file path");
+    expectLeaf<OXFilePath_ExtractDriveError, OXFilePath>("OXFilePath_ExtractDriveError",
+                                                         "Error extracting drive from file path");
+    expectLeaf<OXFilePath_ExtractExtensionError, OXFilePath>(
+        "OXFilePath_ExtractExtensionError", "Error extracting extension from file path");
+    expectLeaf<OXFilePath_ExtractFilenameError, OXFilePath>(
+        "OXFilePath_ExtractFilenameError", "Error extracting filename from file path");
+    expectLeaf<OXFilePath_GetFileSizeError, OXFilePath>("OXFilePath_GetFileSizeError",
+                                                        "Error getting file size of file path");
+    expectLeaf<OXFilePath_GetFileTimeError, OXFilePath>("OXFilePath_GetFileTimeError",
+                                                        "Error getting file time of file path");
+    expectLeaf<OXFilePath_RemoveDriveError, OXFilePath>("OXFilePath_RemoveDriveError",
+                                                        "Error removing drive from file path");
+    expectLeaf<OXFilePath_RemoveExtensionError, OXFilePath>(
+        "OXFilePath_RemoveExtensionError", "Error removing extension from file path");
+    expectLeaf<OXFilePath_RemoveFilenameError, OXFilePath>(
+        "OXFilePath_RemoveFilenameError", "Error removing filename from file path");
+    expectLeaf<OXFilePath_SetFileTimeError, OXFilePath>("OXFilePath_SetFileTimeError",
+                                                        "Error setting file time of file path");
+    expectLeaf<OXFileStreamLock_AcquireError, OXFileStreamLock>(
+        "OXFileStreamLock_AcquireError",
+        "Can not acquire the file stream lock (No such file or directory)", missing);
+    expectLeaf<OXFileStream_CreateError, OXFileStream>(
+        "OXFileStream_CreateError", "Can not create the file stream (No such file or directory)",
+        missing);
+    expectLeaf<OXFileStream_GetTimeError, OXFileStream>(
+        "OXFileStream_GetTimeError", "Can not get the file stream time (No such file or directory)",
+        missing);
+    expectLeaf<OXFileStream_UnlinkError, OXFileStream>(
+        "OXFileStream_UnlinkError", "Can not unlink the file stream (No such file or directory)",
+        missing);
+    expectLeaf<OXHandleStream_ReadError, OXHandleStream>(
+        "OXHandleStream_ReadError", "Can not read from file stream (No such file or directory)",
+        missing);
+    expectLeaf<OXHandleStream_SeekError, OXHandleStream>(
+        "OXHandleStream_SeekError",
+        "Can not move to the specified file stream position (No such file or directory)", missing);
+    expectLeaf<OXHandleStream_SetSizeError, OXHandleStream>(
+        "OXHandleStream_SetSizeError",
+        "Can not set the file stream size (No such file or directory)", missing);
+    expectLeaf<OXHandleStream_WriteError, OXHandleStream>(
+        "OXHandleStream_WriteError", "Can not write to the file stream (No such file or directory)",
+        missing);
+    expectLeaf<OXIntegerConversion_ConvertSizeError, OXIntegerConversion_ConvertError>(
+        "OXIntegerConversion_ConvertSizeError", "Error converting size to integer");
+    expectLeaf<OXIntegerConversion_ConvertStringError, OXIntegerConversion_ConvertError>(
+        "OXIntegerConversion_ConvertStringError", "Error converting string to integer");
+    expectLeaf<OXMemoryBuffer_NoData, OXMemoryBuffer>(
+        "OXMemoryBuffer_NoData", "The memory buffer does not contain any data");
+    expectLeaf<OXMemoryBuffer_NoSuchIndex, OXMemoryBuffer>(
+        "OXMemoryBuffer_NoSuchIndex", "Memory buffer index out of bounds (7)", 7UL);
+    expectLeaf<OXMemoryBuffer_NullPointer, OXMemoryBuffer>("OXMemoryBuffer_NullPointer",
+                                                           "Unexpected null pointer");
+    expectLeaf<OXMemoryStream_NoData, OXStream>("OXMemoryStream_NoData",
+                                                "The memory stream does not contain any data");
+    expectLeaf<OXMutex_AcquireError, OXMutex>(
+        "OXMutex_AcquireError",
+        "Error waiting for synchronization mutex (No such file or directory)", missing);
+    expectLeaf<OXMutex_CreateError, OXMutex>(
+        "OXMutex_CreateError", "Error creating synchronization mutex (No such file or directory)",
+        missing);
+    expectLeaf<OXStack_UnderflowError, OXStack>("OXStack_UnderflowError", "Stack underflow");
+    expectLeaf<OXStopwatch_QueryValueError, OXStopwatch>("OXStopwatch_QueryValueError",
+                                                         "Can not query stopwatch value");
+    expectLeaf<OXStream_OperationUnsupported, OXStream>(
+        "OXStream_OperationUnsupported", "The stream operation is unsupported (a text)",
+        OCAnsiString("a text"));
+    expectLeaf<OXStream_ReadError, OXStream>("OXStream_ReadError", "Read from the stream failed");
+    expectLeaf<OXStream_WriteError, OXStream>("OXStream_WriteError",
+                                              "Writing to the stream failed");
+    expectLeaf<OXStringList_NoSuchIndex, OXStringList>("OXStringList_NoSuchIndex",
+                                                       "String list index out of bounds (7)", 7UL);
+    expectLeaf<OXStringList_NullString, OXStringList>(
+        "OXStringList_NullString", "The string list does not contain the requested string (7)",
+        7UL);
+    expectLeaf<OXString_NoSuchIndex, OXString>("OXString_NoSuchIndex",
+                                               "String index out of bounds (7)", 7UL);
+    expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
+    expectLeaf<OXThread_WaitError, OXThread>("OXThread_WaitError", "Error waiting for thread");
+    expectLeaf<OXVector_NoSuchIndex, OXVector>("OXVector_NoSuchIndex",
+                                               "Vector index out of bounds (7)", 7UL);
+    expectLeaf<OXVector_NullElement, OXVector>(
+        "OXVector_NullElement", "The vector does not contain the requested element (7)", 7UL);
+    expectLeaf<OXVector_NullVector, OXVector>("OXVector_NullVector",
+                                              "The vector does not contain any elements");
+    expectLeaf<OXXmlParserSource_CharacterTruncated, OXXmlParserSource>(
+        "OXXmlParserSource_CharacterTruncated", "Truncated XML character");
+    expectLeaf<OXXmlParser_AttributeDefinitionMalformed, OXXmlParser>(
+        "OXXmlParser_AttributeDefinitionMalformed", "Malformed XML attribute definition");
+    expectLeaf<OXXmlParser_AttributeListDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_AttributeListDeclarationMalformed",
+        "Malformed XML attribute list declaration");
+    expectLeaf<OXXmlParser_AttributeMalformed, OXXmlParser>("OXXmlParser_AttributeMalformed",
+                                                            "Malformed XML attribute");
+    expectLeaf<OXXmlParser_AttributeTypeMalformed, OXXmlParser>(
+        "OXXmlParser_AttributeTypeMalformed", "Malformed XML attribute type");
+    expectLeaf<OXXmlParser_AttributeValueMalformed, OXXmlParser>(
+        "OXXmlParser_AttributeValueMalformed", "Malformed XML attribute value");
+    expectLeaf<OXXmlParser_CdataSectionMalformed, OXXmlParser>("OXXmlParser_CdataSectionMalformed",
+                                                               "Malformed XML CDATA section");
+    expectLeaf<OXXmlParser_CommentMalformed, OXXmlParser>("OXXmlParser_CommentMalformed",
+                                                          "Malformed XML comment");
+    expectLeaf<OXXmlParser_ContentMalformed, OXXmlParser>("OXXmlParser_ContentMalformed",
+                                                          "Malformed XML content");
+    expectLeaf<OXXmlParser_ContentSpecificationMalformed, OXXmlParser>(
+        "OXXmlParser_ContentSpecificationMalformed", "Malformed XML content specification");
+    expectLeaf<OXXmlParser_DefaultDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_DefaultDeclarationMalformed", "Malformed XML default declaration");
+    expectLeaf<OXXmlParser_DocumentTypeDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_DocumentTypeDeclarationMalformed", "Malformed XML document type declaration");
+    expectLeaf<OXXmlParser_ElementDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_ElementDeclarationMalformed", "Malformed XML element declaration");
+    expectLeaf<OXXmlParser_ElementMalformed, OXXmlParser>("OXXmlParser_ElementMalformed",
+                                                          "Malformed XML element");
+    expectLeaf<OXXmlParser_EntityDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_EntityDeclarationMalformed", "Malformed XML entity declaration");
+    expectLeaf<OXXmlParser_EntityValueMalformed, OXXmlParser>("OXXmlParser_EntityValueMalformed",
+                                                              "Malformed XML entity value");
+    expectLeaf<OXXmlParser_NameMalformed, OXXmlParser>("OXXmlParser_NameMalformed",
+                                                       "Malformed XML name");
+    expectLeaf<OXXmlParser_NotationDataDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_NotationDataDeclarationMalformed", "Malformed XML notation data declaration");
+    expectLeaf<OXXmlParser_NotationDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_NotationDeclarationMalformed", "Malformed XML notation declaration");
+    expectLeaf<OXXmlParser_ParameterEntityReferenceMalformed, OXXmlParser>(
+        "OXXmlParser_ParameterEntityReferenceMalformed",
+        "Malformed XML parameter entity reference");
+    expectLeaf<OXXmlParser_ProcessingInstructionMalformed, OXXmlParser>(
+        "OXXmlParser_ProcessingInstructionMalformed", "Malformed XML processing instruction");
+    expectLeaf<OXXmlParser_PublicIdentifierMalformed, OXXmlParser>(
+        "OXXmlParser_PublicIdentifierMalformed", "Malformed XML public identifier");
+    expectLeaf<OXXmlParser_SystemIdentifierMalformed, OXXmlParser>(
+        "OXXmlParser_SystemIdentifierMalformed", "Malformed XML system identifier");
+    expectLeaf<OXXmlParser_UnexpectedError, OXXmlParser>("OXXmlParser_UnexpectedError",
+                                                         "Unexpected XML error");
+    expectLeaf<OXXmlParser_UnhandledError, OXXmlParser>("OXXmlParser_UnhandledError",
+                                                        "Unhandled XML error");
+    expectLeaf<OXXmlParser_XmlDeclarationMalformed, OXXmlParser>(
+        "OXXmlParser_XmlDeclarationMalformed", "Malformed XML declaration");
+}
+
+TEST(ExceptionTree, FamiliesAreOnlyBases) {
+    expectAllFamilies();
+}
+
+TEST(ExceptionTree, LeavesHaveTheirTextsAndBases) {
+    expectAllLeaves();
+}
+
+TEST(ExceptionTree, EveryExceptionClassIsInThisTest) {
+    expectAllFamilies();
+    expectAllLeaves();
+    // These have tests of their own.
+    checked.insert({"OXException", "OXAutoException", "OXMemory", "OXMemory_AllocationError"});
+    std::set<std::string> declared;
+    const std::regex declaration("class ORVABASE_EXPORT (OX\\w+)\\s*:");
+    const std::filesystem::path headers = std::filesystem::path(ORVABASE_SOURCE_DIR) / "include";
+    for (const auto& header : std::filesystem::directory_iterator(headers)) {
+        std::ifstream file(header.path());
+        const std::string text((std::istreambuf_iterator<char>(file)), {});
+        for (std::sregex_iterator each(text.begin(), text.end(), declaration), end; each != end;
+             ++each)
+            declared.insert((*each)[1]);
+    }
+    EXPECT_EQ(declared, checked);
+}
+
+} // namespace
