@@ -47,7 +47,8 @@ public:
 
     /// Adds a copy of `text`: at its place in a sorted list (before an equal string), at the end of
     /// an unsorted one.
-    /// @throws OXMemory_AllocationError when memory is exhausted.
+    /// @throws OXMemory_AllocationError when memory is exhausted. Note: when it is the array of
+    /// slots that cannot grow, a string that belongs at the end leaves a null slot behind.
     void addString(const OCAnsiString& text);
     OCStringList& operator+=(const OCAnsiString& text) {
         addString(text);
@@ -81,13 +82,15 @@ public:
     /// Removes slot `index` and deletes its string, if it has one.
     ///
     /// Note: a bad index is reported by the vector's exception.
-    /// @throws OXVector_NoSuchIndex
+    /// @throws OXVector_NoSuchIndex, and OXMemory_AllocationError when the array of slots cannot be
+    /// made smaller; nothing is changed then.
     void removeString(unsigned long index);
     /// Deletes the string at `index` and leaves a null slot; a slot that is null or does not exist
     /// is ignored.
     void nullString(unsigned long index);
     /// Drops the slots from `n` on with their strings, or adds null slots up to `n`.
-    /// @throws OXMemory_AllocationError when memory is exhausted.
+    /// @throws OXMemory_AllocationError when memory is exhausted; slots that were to be dropped are
+    /// null then.
     void setCount(unsigned long n);
     /// Deletes all strings.
     void clear() { setCount(0); }
@@ -98,7 +101,8 @@ public:
     bool indexOf(const OCAnsiString& text, unsigned long& index) const;
     bool contains(const OCAnsiString& text) const;
 
-    /// Sorts the strings by `compareFunction()`. It does not make the list a sorted one.
+    /// Sorts the strings by `compareFunction()`. It does not make the list a sorted one. For the
+    /// time of the sort it takes 24 bytes a string, if it can get them.
     /// @throws OXVector_NullElement when a slot is null; the list is then partly sorted.
     void sort();
     /// The comparison function of the list's case.
@@ -108,15 +112,23 @@ public:
     }
 
     /// Replaces the list by the lines of the stream, from its position to its end.
+    /// @throws OXMemory_AllocationError and whatever the stream throws; the list is not changed
+    /// then.
     void loadFromStream(OCStream& stream);
-    /// Writes every string with a line end (CR LF).
-    /// @throws OXStringList_NullString when a slot is null.
+    /// Writes every string with a line end (CR LF), with one write a line.
+    /// @throws OXStringList_NullString when a slot is null (the lines before it are written then),
+    /// and whatever the stream throws.
     void saveToStream(OCStream& stream) const;
     /// Replaces the list by the lines of a file.
+    /// @throws OXFileStream_CreateError, OXHandleStream_ReadError, OXMemory_AllocationError; the
+    /// list is not changed then.
     void loadFromFile(const OCFilePath& path);
     /// Writes every string with a line end (CR LF) to a file, which is created or emptied.
+    /// @throws OXFileStream_CreateError, OXHandleStream_WriteError, OXStringList_NullString
     void saveToFile(const OCFilePath& path) const;
 
+    /// The two ways of looking a text up, whatever the list's mode: a binary search, in which a
+    /// null slot counts as less than any text, and a linear one, which skips null slots.
     bool indexOfSorted(const OCAnsiString& text, unsigned long& index) const;
     bool indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const;
 
@@ -167,13 +179,19 @@ private:
 
 /// Turns string lists into line-oriented text and back. Lines are written with CR LF; CR LF, CR and
 /// LF each end a line that is read.
+///
+///     OCStringListUtilities::importString(list, "one\r\ntwo\nthree");   // three strings
+///     OCStringListUtilities::exportString(list);   // each of them with "\r\n" behind it
 class ORVABASE_EXPORT OCStringListUtilities : public OCObject {
 public:
     OCStringListUtilities() = delete;
 
     /// Every string followed by CR LF, the last one too. The result is sized first and filled then.
     /// Null slots have no text; their two bytes of line end are still there.
+    /// @throws OXMemory_AllocationError
     static OCAnsiString exportString(const OCStringList& list);
+    /// The two steps of `exportString`: the length in bytes, and filling a buffer of that length
+    /// (without a terminator).
     static unsigned long exportStringLength(const OCStringList& list);
     static void exportStringBuffer(const OCStringList& list, char* buffer);
     /// Writes every string, followed by CR LF, with one write a line.

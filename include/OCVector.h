@@ -10,6 +10,9 @@
 /// deletes an object. `OCVectorUtilities` deletes the elements on request. A slot may be null. Not
 /// for use by several threads at once.
 ///
+/// A vector asks the heap once a block. One that grows beyond 8192 slots takes up to as much again
+/// in advance, which is not counted by its capacity and is given back when it shrinks.
+///
 ///     OCVector sensors;
 ///     sensors.addElement(*new Sensor("boiler"));
 ///     sensors.sort(compareSensors);
@@ -34,6 +37,8 @@ public:
     OCVector& assign(const OCVector& other);
 
     /// Sets the block size back to 64 and drops all slots. The elements are not deleted.
+    /// @throws OXMemory_AllocationError when the array cannot be made smaller; the slots are still
+    /// there then.
     void clear();
 
     /// The number of slots in use.
@@ -51,7 +56,7 @@ public:
     /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     void setCapacity(unsigned long n);
     /// Drops the slots from `n` on (the elements are not deleted), or adds null slots up to `n`.
-    /// @throws OXMemory_AllocationError when memory is exhausted.
+    /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     void setCount(unsigned long n);
 
     /// Appends a pointer to `element`.
@@ -74,16 +79,18 @@ public:
     /// @throws OXVector_NoSuchIndex, OXMemory_AllocationError
     void insertElement(unsigned long index, OCObject& element);
     /// Overwrites slot `index`; the object that it referred to is not deleted.
-    /// @throws OXVector_NoSuchIndex
+    /// @throws OXVector_NoSuchIndex, and OXMemory_AllocationError for a slot that an addition which
+    /// failed has left without room.
     void setElement(unsigned long index, OCObject& element);
     /// Sets slot `index` to null; the object that it referred to is not deleted.
     /// @throws OXVector_NoSuchIndex
     void nullElement(unsigned long index);
     /// Removes slot `index`; the object is not deleted.
-    /// @throws OXVector_NoSuchIndex
+    /// @throws what `removeElements` throws.
     void removeElement(unsigned long index) { removeElements(index, 1); }
     /// Removes up to `n` slots from `index` on and moves the rest down; no object is deleted.
-    /// @throws OXVector_NoSuchIndex when `index` is not below the count, also for `n` 0.
+    /// @throws OXVector_NoSuchIndex when `index` is not below the count, also for `n` 0;
+    /// OXMemory_AllocationError when the array cannot be made smaller; nothing is changed then.
     void removeElements(unsigned long index, unsigned long n);
     /// Swaps two slots, neither of which may be null.
     /// @throws OXVector_NoSuchIndex, OXVector_NullElement
@@ -159,10 +166,15 @@ public:
 
     /// Deletes every element, each detached first, and clears the vector. Exceptions of the
     /// elements' destructors are dropped.
+    /// @throws OXMemory_AllocationError when the array cannot be made smaller; its slots are null
+    /// then.
     void deleteElements();
-    /// Deletes and removes up to `n` elements from `index` on.
+    /// Deletes and removes up to `n` elements from `index` on, one after the other: each is removed
+    /// (the slots behind it move down) before it is deleted.
     ///
     /// Note: a null slot at `index`, or the end, stops the deletion.
+    /// @throws OXMemory_AllocationError when the array cannot be made smaller; the element at
+    /// `index` is still there then.
     void deleteElements(unsigned long index, unsigned long n);
 
 private:
