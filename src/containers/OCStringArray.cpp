@@ -51,6 +51,9 @@ void OCStringArray::reservePointers(unsigned long stringCount) {
     const unsigned long size = (stringCount + 1) * sizeof(char*);
     if (size <= pointers.getCapacity())
         return;
+    // In larger steps the larger it is, so that adding many strings takes linear time in all.
+    while (size / 8 > pointers.getBlockSize())
+        pointers.setBlockSize(2 * pointers.getBlockSize());
     // Storage that the stream has got once, it keeps.
     const unsigned long held = pointers.getSize();
     pointers.setSize(size);

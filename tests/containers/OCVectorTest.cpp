@@ -927,10 +927,10 @@ OECompareResult alwaysGreater(const OCObject*, const OCObject*) {
     return CompareResultGreater;
 }
 
-std::mt19937* dice = nullptr;
+std::mt19937 dice;
 
 OECompareResult atRandom(const OCObject*, const OCObject*) {
-    return static_cast<OECompareResult>(static_cast<int>((*dice)() % 3) - 1);
+    return static_cast<OECompareResult>(static_cast<int>(dice() % 3) - 1);
 }
 
 void expectSameElements(const OCVector& vector, unsigned long count) {
@@ -943,8 +943,7 @@ void expectSameElements(const OCVector& vector, unsigned long count) {
 }
 
 TEST(OCVectorSort, ComparatorsThatContradictThemselvesLoseNothing) {
-    std::mt19937 random(99);
-    dice = &random;
+    dice.seed(99);
     for (const unsigned long count : {1UL, 2UL, 3UL, 10UL, 100UL, 5000UL}) {
         OCVector vector;
         fill(vector, count);
