@@ -17,8 +17,8 @@ constexpr unsigned long storageLength = 4095;
 /// A string grows to exactly what it holds. While a long token is collected its string grows by
 /// the token's length at a time until this, and by the longest step from then on. What it has too
 /// much in the end is given back, and is never more than a step.
-constexpr unsigned long longToken = 32 * 1024;
-constexpr unsigned long longestStep = 128 * 1024;
+constexpr unsigned long longToken = 32UL * 1024;
+constexpr unsigned long longestStep = 128UL * 1024;
 
 /// Texts up to this length are searched for by their first character; longer ones by a search that
 /// stays linear when they repeat themselves.

@@ -60,12 +60,12 @@ public:
     bool possibleWhiteSpace() { return cursor.skipWhiteSpace(); }
 
     enum Quoted { QuotedAbsent, QuotedOpen, QuotedClosed };
-    /// A text in quotes. What is in the quotes replaces the characters of `value` from `kept` on;
-    /// it is dropped when `value` is null.
-    Quoted quoted(OCWideString* value, unsigned long kept = 0);
+    /// A text in quotes. What is in the quotes replaces the characters of `target` from `kept` on;
+    /// it is dropped when `target` is null.
+    Quoted quoted(OCWideString* target, unsigned long kept = 0);
     /// The operations on attribute values.
-    bool possibleAttributeValue(OCWideString* value, unsigned long kept = 0);
-    void parseAttributeValue(OCWideString* value, unsigned long kept = 0);
+    bool possibleAttributeValue(OCWideString* target, unsigned long kept = 0);
+    void parseAttributeValue(OCWideString* target, unsigned long kept = 0);
 
     XmlCursor& input() { return cursor; }
 

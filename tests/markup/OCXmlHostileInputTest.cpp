@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <pthread.h>
 #include <string>
 #include <unistd.h>
@@ -188,51 +189,62 @@ TEST(OCXmlHostileInput, UnwindsAMillionOpenElements) {
     parseOn({{"<a><b x></c>", million}});
 }
 
-struct Deep {
-    OCXmlParserReader* reader;
-    OCXmlParser* parser;
-    void (OCXmlParser::*operation)(OCXmlParserReader&);
-};
-
-void* runDeep(void* given) {
-    auto* deep = static_cast<Deep*>(given);
-    (deep->parser->*deep->operation)(*deep->reader);
-    return nullptr;
+/// Runs an operation in a thread with a small call stack.
+void inSmallStack(std::function<void()> operation) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, pthread_attr_init(&attributes));
+    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, (SANITIZED ? 512UL : 64UL) * 1024));
+    pthread_t thread;
+    ASSERT_EQ(0, pthread_create(
+                     &thread, &attributes,
+                     [](void* given) -> void* {
+                         (*static_cast<std::function<void()>*>(given))();
+                         return nullptr;
+                     },
+                     &operation));
+    ASSERT_EQ(0, pthread_join(thread, nullptr));
+    pthread_attr_destroy(&attributes);
 }
 
-/// Runs a grammar operation in a thread with a small call stack.
-void parseInSmallStack(std::vector<Pieces::Piece> content, Counter& counter,
-                       void (OCXmlParser::*operation)(OCXmlParserReader&)) {
+/// Counts the events of a grammar operation in such a thread.
+Counter countInSmallStack(std::vector<Pieces::Piece> content,
+                          void (OCXmlParser::*operation)(OCXmlParserReader&)) {
+    Counter counter(true);
     Pieces stream(std::move(content));
     OCXmlParserSource source(stream, XmlEncodingAnsi);
     OCXmlParserReader reader(source);
     OCXmlParser parser;
     parser.setEvents(counter);
-    Deep deep{&reader, &parser, operation};
-    pthread_attr_t attributes;
-    ASSERT_EQ(0, pthread_attr_init(&attributes));
-    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, (SANITIZED ? 512UL : 64UL) * 1024));
-    pthread_t thread;
-    ASSERT_EQ(0, pthread_create(&thread, &attributes, runDeep, &deep));
-    ASSERT_EQ(0, pthread_join(thread, nullptr));
-    pthread_attr_destroy(&attributes);
+    inSmallStack([&] { (parser.*operation)(reader); });
+    return counter;
 }
 
 TEST(OCXmlHostileInput, NeedsNoCallStackForDepth) {
     for (const auto operation : {&OCXmlParser::parseDocument, &OCXmlParser::parseElement}) {
-        Counter counter(true);
-        parseInSmallStack({{"<a>", million}, {"</a>", million}}, counter, operation);
+        const Counter counter = countInSmallStack({{"<a>", million}, {"</a>", million}}, operation);
         EXPECT_EQ(million, counter.ends);
         EXPECT_EQ(0u, counter.errors);
     }
-    Counter content(true);
-    parseInSmallStack({{"<a>", million}, {"</a>", million + 1}}, content,
-                      &OCXmlParser::parseContent);
+    const Counter content =
+        countInSmallStack({{"<a>", million}, {"</a>", million + 1}}, &OCXmlParser::parseContent);
     EXPECT_EQ(million, content.ends);
     EXPECT_EQ(0u, content.errors);
-    Counter open(true);
-    parseInSmallStack({{"<a>", million}}, open, &OCXmlParser::parseDocument);
+    const Counter open = countInSmallStack({{"<a>", million}}, &OCXmlParser::parseDocument);
     EXPECT_EQ(million, open.ends);
+}
+
+TEST(OCXmlHostileInput, ParsesFilesInASmallCallStack) {
+    const ScratchDirectory scratch;
+    std::string document;
+    for (unsigned long i = 0; i < million / 10; ++i)
+        document += "<element>";
+    const OCFilePath path(scratch.write("deep.xml", document).c_str());
+    Counter counter(true);
+    OCXmlParser parser;
+    parser.setEvents(counter);
+    inSmallStack([&] { parser.parse(path); });
+    EXPECT_EQ(million / 10, counter.ends);
+    EXPECT_EQ(1u, counter.documentEnds);
 }
 
 TEST(OCXmlHostileInput, ParsesALargeAttributeValue) {
