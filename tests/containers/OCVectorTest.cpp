@@ -1201,7 +1201,7 @@ void addAndDelete(unsigned long count) {
 }
 
 TEST(OCVectorUtilities, DeletingAllElementsIsNotQuadratic) {
-    EXPECT_LT(growth::ofEightTimes(addAndDelete, 50000), 30);
+    EXPECT_LT(growth::ofEightTimes(addAndDelete, 50000), 45);
 }
 
 // Exceptions
