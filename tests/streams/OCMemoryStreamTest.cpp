@@ -450,7 +450,9 @@ TEST(OCMemoryStream, AWriteAsksADerivedStreamForItsSizeAndGrowsThroughSetSize) {
     EXPECT_TRUE(stream.write("12345", count));
     EXPECT_EQ(stream.seeks, 3U);
     EXPECT_EQ(stream.sizes, std::vector<unsigned long>({5, 10}));
-    EXPECT_EQ(content(stream), "he12345ain");
+    EXPECT_TRUE(stream.write("xyz", count = 3)); // up to the end and no further
+    EXPECT_EQ(stream.sizes, std::vector<unsigned long>({5, 10}));
+    EXPECT_EQ(content(stream), "he12345xyz");
 }
 
 TEST(OCMemoryStream, ASetSizeThatMakesTheStreamTooShortIsReportedAndNothingIsOverrun) {

@@ -175,6 +175,24 @@ TEST(OCStream, BuffersEndWhenAStreamClaimsMoreThanItWasAskedFor) {
     stream.readBuffer(buffer, 4);
     stream.writeBuffer(buffer, 4);
     EXPECT_EQ(std::string(buffer), "abc");
+
+    /// Boasts only when it is asked for the rest.
+    class LateBoaster : public OCNullStream {
+    public:
+        bool read(void*, unsigned long& count) override { return transfer(count); }
+        bool write(const void*, unsigned long& count) override { return transfer(count); }
+        int calls = 0;
+
+    private:
+        bool transfer(unsigned long& count) {
+            count = count == 4 ? 1 : count + 100;
+            return ++calls < 3;
+        }
+    } reader, writer;
+    reader.readBuffer(buffer, 4);
+    writer.writeBuffer(buffer, 4);
+    EXPECT_EQ(reader.calls, 2);
+    EXPECT_EQ(writer.calls, 2);
 }
 
 TEST(OCStream, WriteBufferOffersWhatIsStillMissing) {

@@ -371,6 +371,40 @@ TEST(OCReadWriteSection, AWriterWhoseWaitFailsIsNotInsideAndHoldsNobodyBack) {
     expectFree(section);
 }
 
+TEST(OCReadWriteSection, AWriterWhoseWaitFailsLetsTheReadersInThatItHeldBack) {
+    OCReadWriteSection section;
+    section.startReading();
+    std::unique_ptr<Visitor> reader;
+    std::string failure;
+    {
+        Gate asleep;
+        const pthread_t writer = pthread_self();
+        Replacement waiting(
+            calls::pthread_cond_wait,
+            [&](pthread_cond_t* condition, pthread_mutex_t* mutex) {
+                if (!pthread_equal(pthread_self(), writer)) {
+                    asleep.raise();
+                    return calls::pthread_cond_wait.original(condition, mutex);
+                }
+                // A reader arrives while the writer sleeps.
+                pthread_mutex_unlock(mutex);
+                reader = std::make_unique<Visitor>(section, reading);
+                asleep.await();
+                pthread_mutex_lock(mutex);
+                return EINVAL;
+            },
+            Threads::Every);
+        failure = thrown<OXEvent_WaitError>([&] { section.startWriting(); });
+        reader->awaitInside();
+    }
+    EXPECT_EQ(failure,
+              "OXEvent_WaitError: Error waiting for synchronization event (Invalid argument)");
+    EXPECT_EQ(readers(section), 2U);
+    reader->leave();
+    section.stopReading();
+    expectFree(section);
+}
+
 TEST(OCReadWriteSection, ATurnGivenToAWriterWhoseWaitFailsIsNotLeftForTheNextOne) {
     OCReadWriteSection section;
     section.startReading();
@@ -654,6 +688,17 @@ TEST(OCCriticalSectionLock, WhatFailsChangesNothing) {
     EXPECT_EQ(section.log, Log({"enter 0", "leave 0", "leave 0", "enter 0"}));
 }
 
+TEST(OCCriticalSectionLock, LeavesAtTheEndAfterAManualLeaveThatFailed) {
+    Recorded<OCCriticalSection> section;
+    {
+        OCCriticalSectionLock lock(section);
+        section.refuseLeaving = true;
+        EXPECT_THROW(lock.manualLeave(), OXMutex_AcquireError);
+        section.refuseLeaving = false;
+    }
+    EXPECT_EQ(section.log, Log({"enter 0", "leave 0", "leave 0"}));
+}
+
 TEST(OCCriticalSectionLock, TheDestructorDropsAFailure) {
     Recorded<OCCriticalSection> section;
     {
@@ -714,6 +759,17 @@ TEST(OCReadWriteSectionLock, WhatFailsChangesNothing) {
         EXPECT_THROW(lock.manualEnter(), OXMutex_AcquireError);
     }
     EXPECT_EQ(section.log, Log({"enter 0", "leave 0", "leave 0", "enter 0"}));
+}
+
+TEST(OCReadWriteSectionLock, LeavesAtTheEndAfterAManualLeaveThatFailed) {
+    Recorded<OCReadWriteSection> section;
+    {
+        OCReadWriteSectionLock lock(section, ReadWriteSectionModeReading);
+        section.refuseLeaving = true;
+        EXPECT_THROW(lock.manualLeave(), OXMutex_AcquireError);
+        section.refuseLeaving = false;
+    }
+    EXPECT_EQ(section.log, Log({"enter 0", "leave 0", "leave 0"}));
 }
 
 TEST(OCReadWriteSectionLock, TheDestructorDropsAFailure) {

@@ -144,6 +144,26 @@ TEST(OCThread, EndsWithoutExecutingWhenItIsTerminatedBeforeItIsResumed) {
     EXPECT_TRUE(thread.isTerminating(0));
 }
 
+TEST(OCThread, StaysResumedAndTerminatingOnceItIsAskedTo) {
+    FunctionThread thread([](FunctionThread&) { return 5U; });
+    thread.resumeThread();
+    thread.waitFor();
+    std::string failure;
+    unsigned int result = 99;
+    {
+        // A wait would report this failure instead of waiting without end.
+        FailingThreadCall failing(calls::pthread_cond_wait, EINVAL);
+        failure = thrown<OXException>([&] { result = thread.entry(); });
+    }
+    EXPECT_EQ(failure, "nothing");
+    EXPECT_EQ(result, 5U);
+    EXPECT_EQ(thread.executions, 2);
+    thread.terminateThread();
+    EXPECT_EQ(thread.entry(), 0U);
+    EXPECT_EQ(thread.entry(), 0U);
+    EXPECT_EQ(thread.executions, 2);
+}
+
 TEST(OCThread, IsAskedNotForcedToTerminate) {
     Gate running;
     Gate mayEnd;
