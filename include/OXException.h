@@ -46,6 +46,8 @@ protected:
 /// An exception belongs to the thread that handles it.
 class ORVABASE_EXPORT OXAutoException : public OXException {
 public:
+    /// An exception without texts: the constructors of derived classes set them.
+    OXAutoException();
     OXAutoException(const OXAutoException& other);
     OXAutoException& operator=(const OXAutoException& other);
     ~OXAutoException() noexcept override;
@@ -69,10 +71,6 @@ public:
     /// Replaces the message.
     /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     void setMessage(const OCAnsiString& text) { message = text; }
-
-protected:
-    /// An exception without texts, for the constructors of the classes derived from it.
-    OXAutoException();
 
 private:
     OCAnsiString className;
