@@ -108,8 +108,9 @@ constexpr unsigned long keyedFrom = 16;
 /// From this many strings on they are put into a sorted list together.
 constexpr unsigned long mergedFrom = 256;
 
-/// How many strings ahead a loop over a list fetches.
-constexpr unsigned long fetchedAhead = 16;
+/// How many strings ahead a loop over a list fetches their texts, or only what tells their lengths.
+constexpr unsigned long textsFetchedAhead = 16;
+constexpr unsigned long headsFetchedAhead = 64;
 
 /// Fetches what tells a string's length and where its text is.
 void fetchHead(const OCAnsiString* string) {
@@ -194,6 +195,10 @@ void OCStringList::takeStrings(OCStringList& source) {
         return;
     }
     const unsigned long count = strings.getCount();
+    if (count == 0) {
+        strings.swap(source.strings);
+        return;
+    }
     strings.setCount(count + source.getCount());
     for (unsigned long i = 0; i < source.getCount(); ++i)
         strings.setElement(count + i, source.getString(i));
@@ -335,7 +340,7 @@ void OCStringList::nullString(unsigned long index) {
 
 void OCStringList::setCount(unsigned long n) {
     for (unsigned long i = n; i < strings.getCount(); ++i) {
-        fetchHead(stringIn(strings, i + fetchedAhead));
+        fetchText(stringIn(strings, i + textsFetchedAhead));
         nullString(i);
     }
     strings.setCount(n);
@@ -388,7 +393,7 @@ bool OCStringList::search(const OCAnsiString& text, unsigned long& index,
 
 bool OCStringList::indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const {
     for (unsigned long i = 0; i < strings.getCount(); ++i) {
-        fetchText(stringIn(strings, i + fetchedAhead));
+        fetchText(stringIn(strings, i + textsFetchedAhead));
         const OCAnsiString* const string = stringIn(strings, i);
         if (string != nullptr && string->getLength() == text.getLength() &&
             string->compare(text, getSense()) == CompareResultEqual) {
@@ -415,7 +420,7 @@ bool OCStringList::sortByKeys(OCVector& vector) const {
     try {
         SortedStrings sorted(count, getSense());
         for (unsigned long i = 0; i < count; ++i) {
-            fetchText(stringIn(vector, i + fetchedAhead));
+            fetchText(stringIn(vector, i + textsFetchedAhead));
             if (!vector.hasElement(i))
                 return false;
             sorted.setString(i, static_cast<OCAnsiString&>(vector.getElement(i)));
@@ -451,7 +456,7 @@ unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list
     // From the last to the first: what is filled next begins with what was looked at last.
     unsigned long length = 0;
     for (unsigned long i = list.getCount(); i != 0; --i) {
-        fetchHead(OCStringList::stringIn(list.strings, i - 1 - fetchedAhead));
+        fetchHead(OCStringList::stringIn(list.strings, i - 1 - headsFetchedAhead));
         const OCAnsiString* const string = OCStringList::stringIn(list.strings, i - 1);
         // This cannot wrap, as all the texts are in memory.
         length += 2 + (string == nullptr ? 0 : string->getLength());
@@ -461,9 +466,8 @@ unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list
 
 void OCStringListUtilities::exportStringBuffer(const OCStringList& list, char* buffer) {
     for (unsigned long i = 0; i < list.getCount(); ++i) {
-        fetchText(OCStringList::stringIn(list.strings, i + fetchedAhead));
-        const OCAnsiString* const string = OCStringList::stringIn(list.strings, i);
-        if (string != nullptr) {
+        fetchText(OCStringList::stringIn(list.strings, i + textsFetchedAhead));
+        if (const OCAnsiString* const string = OCStringList::stringIn(list.strings, i)) {
             stringCopy(buffer, string->getString(), string->getLength());
             buffer += string->getLength();
         }
