@@ -5,6 +5,7 @@
 #include "containers/KillerOrder.h"
 #include "support/Exceptions.h"
 #include "support/FaultInjection.h"
+#include "support/FileCalls.h"
 #include "support/Growth.h"
 #include "support/Slots.h"
 
@@ -159,6 +160,12 @@ TEST(OCStringList, OnlyMode1MeansSorted) {
     list += "a";
     EXPECT_EQ((Texts{"b", "a"}), texts(list));
     EXPECT_EQ(2, static_cast<int>(list.getMode()));
+    unsigned long index = 7;
+    EXPECT_TRUE(list.indexOf("a", index)); // a binary search would stop at b
+    EXPECT_EQ(1u, index);
+    index = 7;
+    EXPECT_FALSE(list.indexOf("c", index));
+    EXPECT_EQ(7u, index);
 }
 
 TEST(OCStringList, AnyCaseBut0IsSensitive) {
@@ -727,6 +734,17 @@ TEST(OCStringList, AfterAFailedAdditionAllOperationsWork) {
     EXPECT_EQ(0u, fourth.getCount());
 }
 
+TEST(OCStringList, AfterAFailedAdditionARefusedReplacementChangesNothing) {
+    List list = sorted();
+    failToAdd(list);
+    const Texts before = texts(list);
+    const unsigned long failures = fault::failEachRequest([&] { list.setString(0, "x"); },
+                                                          [&] { EXPECT_EQ(before, texts(list)); });
+    EXPECT_EQ(2u, failures); // the string, and the room for the last slot
+    EXPECT_EQ("m101", texts(list)[0]);
+    EXPECT_EQ("x", texts(list)[64]);
+}
+
 TEST(OCStringList, ARefusedChangeChangesNothing) {
     List many = unsorted();
     for (int i = 0; i < 300; ++i)
@@ -1031,6 +1049,18 @@ TEST_F(OCStringListFile, AMissingOneIsReported) {
     EXPECT_EQ((Texts{"a"}), texts(list));
     EXPECT_EXCEPTION(list.saveToFile("/nonexistent/list"), OXFileStream_CreateError,
                      "Can not create the file stream (No such file or directory)");
+}
+
+TEST_F(OCStringListFile, IsOpenedForReadingOnlyToLoadAndMadeOrEmptiedToSave) {
+    std::vector<int> opened;
+    Replacement opening(calls::open, [&](const char* name, int flags, mode_t mode) {
+        opened.push_back(flags);
+        return calls::open.original(name, flags, mode);
+    });
+    List list = unsorted({"a"});
+    list.saveToFile(string(path));
+    list.loadFromFile(string(path));
+    EXPECT_EQ((std::vector<int>{O_RDWR | O_CREAT | O_TRUNC, O_RDONLY}), opened);
 }
 
 TEST_F(OCStringListFile, CanBeLoadedWithoutThePermissionToWrite) {

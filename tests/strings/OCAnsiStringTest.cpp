@@ -486,6 +486,9 @@ TEST(AnsiString, PartsOfItselfMayIncludeTheTerminator) {
         s = make(whole);
         s.assign(s.getString(), count + 1);
         EXPECT_STRING(withEnd, s);
+        s = make(whole);
+        s.append(s.getString() + count, 1); // nothing but the terminator
+        EXPECT_STRING(withEnd, s);
     }
 }
 
