@@ -186,8 +186,7 @@ class ORVABASE_EXPORT OCStringListUtilities : public OCObject {
 public:
     OCStringListUtilities() = delete;
 
-    /// Every string followed by CR LF, the last one too. It takes one heap request, or two for a
-    /// large list.
+    /// Every string followed by CR LF, the last one too. The result is sized first and filled then.
     /// Null slots have no text; their two bytes of line end are still there.
     /// @throws OXMemory_AllocationError
     static OCAnsiString exportString(const OCStringList& list);
@@ -206,15 +205,6 @@ public:
     /// @throws OXMemory_AllocationError and whatever the stream throws; the list is not changed
     /// then.
     static void importStream(OCStringList& list, OCStream& stream);
-
-private:
-    static unsigned long exportLength(const OCStringList& list, unsigned long line);
-    /// Exports lines from `line` on to `to`, which it moves on, as long as `size` bytes last.
-    /// Returns the first line that is not exported.
-    static unsigned long exportLines(const OCStringList& list, unsigned long line, char*& to,
-                                     unsigned long size);
-    /// Gives `text` about the length of the exported list; false when there is no memory for it.
-    static bool estimateLength(const OCStringList& list, OCAnsiString& text);
 };
 
 #elif ORVABASE_CORE_RING_HALF == 2

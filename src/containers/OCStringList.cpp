@@ -108,10 +108,6 @@ constexpr unsigned long keyedFrom = 16;
 /// From this many strings on they are put into a sorted list together.
 constexpr unsigned long mergedFrom = 256;
 
-/// From this many strings on most of their text is sized by an estimate, from a sample of them.
-constexpr unsigned long estimatedFrom = 8192;
-constexpr unsigned long sampleSize = 1024;
-
 /// How many strings ahead a loop over a list fetches their texts, or only what tells their lengths.
 constexpr unsigned long textsFetchedAhead = 16;
 constexpr unsigned long headsFetchedAhead = 64;
@@ -457,74 +453,34 @@ void OCStringList::saveToFile(const OCFilePath& path) const {
 }
 
 unsigned long OCStringListUtilities::exportStringLength(const OCStringList& list) {
-    return exportLength(list, 0);
-}
-
-void OCStringListUtilities::exportStringBuffer(const OCStringList& list, char* buffer) {
-    exportLines(list, 0, buffer, ~0UL);
-}
-
-OCAnsiString OCStringListUtilities::exportString(const OCStringList& list) {
-    OCAnsiString text;
-    unsigned long line = 0;
-    unsigned long filled = 0;
-    // To fetch the strings of a large list just for their lengths takes half as long as to copy
-    // them. So most of its text is sized by an estimate, and only the rest by the strings.
-    if (list.getCount() >= estimatedFrom && estimateLength(list, text)) {
-        char* to = text.getString();
-        line = exportLines(list, 0, to, text.getLength());
-        filled = static_cast<unsigned long>(to - text.getString());
-    }
-    text.setLength(filled + exportLength(list, line));
-    char* to = text.getString() + filled;
-    exportLines(list, line, to, ~0UL);
-    return text;
-}
-
-bool OCStringListUtilities::estimateLength(const OCStringList& list, OCAnsiString& text) {
-    const unsigned long count = list.getCount();
+    // From the last to the first: what is filled next begins with what was looked at last.
     unsigned long length = 0;
-    for (unsigned long i = 0; i < sampleSize; ++i) {
-        const OCAnsiString* const string =
-            OCStringList::stringIn(list.strings, count / sampleSize * i);
-        length += 2 + (string == nullptr ? 0 : string->getLength());
-    }
-    try {
-        // Rather too short than too long: the rest is sized exactly.
-        text.setLength(length / sampleSize * count / 32 * 31);
-        return true;
-    } catch (const OXMemory_AllocationError&) {
-        return false;
-    }
-}
-
-unsigned long OCStringListUtilities::exportLength(const OCStringList& list, unsigned long line) {
-    unsigned long length = 0;
-    for (; line < list.getCount(); ++line) {
-        fetchHead(OCStringList::stringIn(list.strings, line + headsFetchedAhead));
-        const OCAnsiString* const string = OCStringList::stringIn(list.strings, line);
+    for (unsigned long i = list.getCount(); i != 0; --i) {
+        fetchHead(OCStringList::stringIn(list.strings, i - 1 - headsFetchedAhead));
+        const OCAnsiString* const string = OCStringList::stringIn(list.strings, i - 1);
         // This cannot wrap, as all the texts are in memory.
         length += 2 + (string == nullptr ? 0 : string->getLength());
     }
     return length;
 }
 
-unsigned long OCStringListUtilities::exportLines(const OCStringList& list, unsigned long line,
-                                                 char*& to, unsigned long size) {
-    for (; line < list.getCount(); ++line) {
-        fetchText(OCStringList::stringIn(list.strings, line + textsFetchedAhead));
-        const OCAnsiString* const string = OCStringList::stringIn(list.strings, line);
-        const unsigned long length = string == nullptr ? 0 : string->getLength();
-        if (length + 2 > size)
-            break;
-        size -= length + 2;
-        if (string != nullptr)
-            stringCopy(to, string->getString(), length);
-        to += length;
-        *to++ = '\r';
-        *to++ = '\n';
+void OCStringListUtilities::exportStringBuffer(const OCStringList& list, char* buffer) {
+    for (unsigned long i = 0; i < list.getCount(); ++i) {
+        fetchText(OCStringList::stringIn(list.strings, i + textsFetchedAhead));
+        if (const OCAnsiString* const string = OCStringList::stringIn(list.strings, i)) {
+            stringCopy(buffer, string->getString(), string->getLength());
+            buffer += string->getLength();
+        }
+        *buffer++ = '\r';
+        *buffer++ = '\n';
     }
-    return line;
+}
+
+OCAnsiString OCStringListUtilities::exportString(const OCStringList& list) {
+    OCAnsiString text;
+    text.setLength(exportStringLength(list));
+    exportStringBuffer(list, text.getString());
+    return text;
 }
 
 void OCStringListUtilities::importString(OCStringList& list, const OCAnsiString& text) {
