@@ -111,6 +111,7 @@ void expectAllFamilies() {
     expectFamily<OXStack, OXAutoException>();
     expectFamily<OXStopwatch, OXAutoException>();
     expectFamily<OXStream, OXAutoException>();
+    expectFamily<OXStreamTransfer, OXStream>();
     expectFamily<OXString, OXAutoException>();
     expectFamily<OXStringList, OXAutoException>();
     expectFamily<OXThread, OXAutoException>();
@@ -214,6 +215,10 @@ void expectAllLeaves() {
     expectLeaf<OXStack_UnderflowError, OXStack>("OXStack_UnderflowError", "Stack underflow");
     expectLeaf<OXStopwatch_QueryValueError, OXStopwatch>("OXStopwatch_QueryValueError",
                                                          "Can not query stopwatch value");
+    expectLeaf<OXStreamTransfer_UnassignedSource, OXStreamTransfer>(
+        "OXStreamTransfer_UnassignedSource", "The source stream is unassigned");
+    expectLeaf<OXStreamTransfer_UnassignedTarget, OXStreamTransfer>(
+        "OXStreamTransfer_UnassignedTarget", "The target stream is unassigned");
     expectLeaf<OXStream_OperationUnsupported, OXStream>(
         "OXStream_OperationUnsupported", "The stream operation is unsupported (a text)",
         OCAnsiString("a text"));

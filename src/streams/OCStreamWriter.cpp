@@ -1,0 +1,45 @@
+#include "OCStreamWriter.h"
+
+#include "streams/StreamRuns.h"
+
+#include <cstring>
+
+OCStreamWriter::OCStreamWriter(OCStream& target) : buffer(capacity), stream(target), count(0) {}
+
+OCStreamWriter::~OCStreamWriter() noexcept {
+    try {
+        flush();
+    } catch (...) {
+        // Who wants to know flushes before.
+    }
+}
+
+void OCStreamWriter::flush() {
+    if (count == 0)
+        return;
+    stream.writeBuffer(buffer.getData(), count);
+    count = 0;
+}
+
+/// Writes a character that fills the buffer, or that finds it full because a flush was refused.
+void OCStreamWriter::writeLast(char c) {
+    if (count == capacity)
+        flush();
+    buffer.getData()[count++] = c;
+    if (count == capacity)
+        flush();
+}
+
+void orvabase::StreamRuns::write(OCStreamWriter& writer, const char* text, unsigned long n) {
+    while (n > 0) {
+        const unsigned long most = roomCount(writer);
+        const unsigned long taken = n < most ? n : most;
+        std::memcpy(room(writer), text, taken);
+        add(writer, taken);
+        if (taken == n)
+            return;
+        writer.writeCharacter(text[taken]);
+        text += taken + 1;
+        n -= taken + 1;
+    }
+}
