@@ -5,6 +5,7 @@
 #define ORVABASE_ORVABASE_H
 
 #include "OCAnsiString.h"
+#include "OCBase64.h"
 #include "OCBoolean.h"
 #include "OCCoreRing.h"
 #include "OCCountdown.h"
@@ -17,6 +18,7 @@
 #include "OCFilePath.h"
 #include "OCFileStream.h"
 #include "OCHandleStream.h"
+#include "OCHexDump.h"
 #include "OCInteger.h"
 #include "OCMemory.h"
 #include "OCMemoryBuffer.h"
