@@ -50,6 +50,8 @@ public:
     OCObject& pop();
 
 private:
+    friend class OCXmlWriterElementStack;
+
     unsigned long topIndex() const {
         if (isEmpty())
             throwUnderflow();

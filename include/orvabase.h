@@ -38,10 +38,12 @@
 #include "OCStringUtilities.h"
 #include "OCSystemError.h"
 #include "OCThread.h"
+#include "OCUniqueIdentifier.h"
 #include "OCVector.h"
 #include "OCWideString.h"
 #include "OCXmlParser.h"
 #include "OCXmlParserReader.h"
+#include "OCXmlWriter.h"
 #include "OXException.h"
 
 #endif

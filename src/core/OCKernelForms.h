@@ -22,6 +22,7 @@ struct Form {
     decltype(&kernels::narrow) narrow;
     decltype(&kernels::findWide) findWide;
     decltype(&kernels::findWideFolded) findWideFolded;
+    decltype(&kernels::findWideEither) findWideEither;
     decltype(&kernels::findWideText) findWideText;
     decltype(&kernels::findWideTextFolded) findWideTextFolded;
     decltype(&kernels::mismatchWide) mismatchWide;

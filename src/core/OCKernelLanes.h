@@ -50,12 +50,13 @@ struct EqualTest {
     Register ignored;
 };
 
+template<class Character>
 struct EitherTest {
-    KERNEL_INLINE EitherTest(char a, char b)
-        : first(Lanes<char>::splat(a)), second(Lanes<char>::splat(b)) {}
+    KERNEL_INLINE EitherTest(Character a, Character b)
+        : first(Lanes<Character>::splat(a)), second(Lanes<Character>::splat(b)) {}
 
     KERNEL_INLINE Register operator()(Register v) const {
-        return either(Lanes<char>::equal(v, first), Lanes<char>::equal(v, second));
+        return either(Lanes<Character>::equal(v, first), Lanes<Character>::equal(v, second));
     }
 
     Register first;

@@ -62,9 +62,10 @@ KERNEL_TARGET unsigned long formFind(const Character* text, unsigned long count,
                       sse2::EqualTest<Character, folded>(c));
 }
 
-KERNEL_TARGET inline unsigned long formFindEither(const char* text, unsigned long count, char a,
-                                                  char b) noexcept {
-    return firstWhere(text, count, EitherTest(a, b), sse2::EitherTest(a, b));
+template<class Character>
+KERNEL_TARGET unsigned long formFindEither(const Character* text, unsigned long count, Character a,
+                                           Character b) noexcept {
+    return firstWhere(text, count, EitherTest<Character>(a, b), sse2::EitherTest<Character>(a, b));
 }
 
 template<class Character, bool folded>
@@ -323,7 +324,7 @@ constexpr Form makeForm(const char* name) {
         name,
         formFind<char, false>,
         formFind<char, true>,
-        formFindEither,
+        formFindEither<char>,
         formFindText<char, false>,
         formFindText<char, true>,
         formMismatch<char, false>,
@@ -334,6 +335,7 @@ constexpr Form makeForm(const char* name) {
         formNarrow,
         formFind<wchar_t, false>,
         formFind<wchar_t, true>,
+        formFindEither<wchar_t>,
         formFindText<wchar_t, false>,
         formFindText<wchar_t, true>,
         formMismatch<wchar_t, false>,

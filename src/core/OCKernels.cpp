@@ -52,8 +52,9 @@ unsigned long findByteFolded(const char* text, unsigned long count, char c) noex
 }
 
 unsigned long findEither(const char* text, unsigned long count, char a, char b) noexcept {
-    return brief::isBrief<char>(count) ? brief::firstWhere(text, count, sse2::EitherTest(a, b))
-                                       : chosen->findEither(text, count, a, b);
+    return brief::isBrief<char>(count)
+               ? brief::firstWhere(text, count, sse2::EitherTest<char>(a, b))
+               : chosen->findEither(text, count, a, b);
 }
 
 unsigned long findText(const char* text, unsigned long count, const char* pattern,
@@ -106,6 +107,13 @@ unsigned long findWideFolded(const wchar_t* text, unsigned long count, wchar_t c
     return brief::isBrief<wchar_t>(count)
                ? brief::firstWhere(text, count, sse2::EqualTest<wchar_t, true>(c))
                : chosen->findWideFolded(text, count, c);
+}
+
+unsigned long findWideEither(const wchar_t* text, unsigned long count, wchar_t a,
+                             wchar_t b) noexcept {
+    return brief::isBrief<wchar_t>(count)
+               ? brief::firstWhere(text, count, sse2::EitherTest<wchar_t>(a, b))
+               : chosen->findWideEither(text, count, a, b);
 }
 
 unsigned long findWideText(const wchar_t* text, unsigned long count, const wchar_t* pattern,

@@ -37,6 +37,8 @@ void narrow(char* to, const wchar_t* from, unsigned long count) noexcept;
 // Wide characters
 unsigned long findWide(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
 unsigned long findWideFolded(const wchar_t* text, unsigned long count, wchar_t c) noexcept;
+unsigned long findWideEither(const wchar_t* text, unsigned long count, wchar_t a,
+                             wchar_t b) noexcept;
 unsigned long findWideText(const wchar_t* text, unsigned long count, const wchar_t* pattern,
                            unsigned long patternCount) noexcept;
 unsigned long findWideTextFolded(const wchar_t* text, unsigned long count, const wchar_t* pattern,

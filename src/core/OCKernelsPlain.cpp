@@ -13,7 +13,9 @@ unsigned long plainFind(const Character* text, unsigned long count, Character c)
     return notFound;
 }
 
-unsigned long plainFindEither(const char* text, unsigned long count, char a, char b) noexcept {
+template<class Character>
+unsigned long plainFindEither(const Character* text, unsigned long count, Character a,
+                              Character b) noexcept {
     for (unsigned long i = 0; i < count; ++i)
         if (text[i] == a || text[i] == b)
             return i;
@@ -93,7 +95,7 @@ const Form plainForm = {
     "plain",
     plainFind<char, false>,
     plainFind<char, true>,
-    plainFindEither,
+    plainFindEither<char>,
     plainFindText<char, false>,
     plainFindText<char, true>,
     plainMismatch<char, false>,
@@ -104,6 +106,7 @@ const Form plainForm = {
     plainNarrow,
     plainFind<wchar_t, false>,
     plainFind<wchar_t, true>,
+    plainFindEither<wchar_t>,
     plainFindText<wchar_t, false>,
     plainFindText<wchar_t, true>,
     plainMismatch<wchar_t, false>,

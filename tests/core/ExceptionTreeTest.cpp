@@ -115,6 +115,7 @@ void expectAllFamilies() {
     expectFamily<OXString, OXAutoException>();
     expectFamily<OXStringList, OXAutoException>();
     expectFamily<OXThread, OXAutoException>();
+    expectFamily<OXUniqueIdentifier, OXAutoException>();
     expectFamily<OXVector, OXAutoException>();
     expectFamily<OXXmlParser, OXAutoException>();
     expectFamily<OXXmlParserSource, OXXmlParser>();
@@ -234,6 +235,8 @@ void expectAllLeaves() {
                                                "String index out of bounds (7)", 7UL);
     expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
     expectLeaf<OXThread_WaitError, OXThread>("OXThread_WaitError", "Error waiting for thread");
+    expectLeaf<OXUniqueIdentifier_MalformedString, OXUniqueIdentifier>(
+        "OXUniqueIdentifier_MalformedString", "The unique identifier is malformed");
     expectLeaf<OXVector_NoSuchIndex, OXVector>("OXVector_NoSuchIndex",
                                                "Vector index out of bounds (7)", 7UL);
     expectLeaf<OXVector_NullElement, OXVector>(

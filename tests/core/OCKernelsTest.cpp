@@ -44,6 +44,7 @@ const Form publicForm = {
     kernels::narrow,
     kernels::findWide,
     kernels::findWideFolded,
+    kernels::findWideEither,
     kernels::findWideText,
     kernels::findWideTextFolded,
     kernels::mismatchWide,
@@ -77,6 +78,7 @@ template<>
 struct Width<char> {
     static constexpr auto find = &Form::findByte;
     static constexpr auto findFolded = &Form::findByteFolded;
+    static constexpr auto findEither = &Form::findEither;
     static constexpr auto findText = &Form::findText;
     static constexpr auto findTextFolded = &Form::findTextFolded;
     static constexpr auto mismatch = &Form::mismatch;
@@ -96,6 +98,7 @@ template<>
 struct Width<wchar_t> {
     static constexpr auto find = &Form::findWide;
     static constexpr auto findFolded = &Form::findWideFolded;
+    static constexpr auto findEither = &Form::findWideEither;
     static constexpr auto findText = &Form::findWideText;
     static constexpr auto findTextFolded = &Form::findWideTextFolded;
     static constexpr auto mismatch = &Form::mismatchWide;
@@ -285,6 +288,8 @@ TYPED_TEST(OCKernelsOfWidth, FindsEachValueWhereItFirstStands) {
         for (const TypeParam c : text) {
             SAME(text.find(c), (form.*W::find)(text.data(), text.size(), c));
             SAME(folded.find(modelLower(c)), (form.*W::findFolded)(text.data(), text.size(), c));
+            SAME(text.find(c), (form.*W::findEither)(text.data(), text.size(), c, text.back()));
+            SAME(text.find(c), (form.*W::findEither)(text.data(), text.size(), text.back(), c));
         }
 }
 
@@ -308,19 +313,20 @@ TYPED_TEST(OCKernelsOfWidth, FindsACharacterAtEveryLengthAndAlignment) {
             }
 }
 
-TEST(OCKernels, FindsEitherByteAtEveryLengthAndAlignment) {
+TYPED_TEST(OCKernelsOfWidth, FindsEitherCharacterAtEveryLengthAndAlignment) {
+    using W = Width<TypeParam>;
     for (const Form& form : allForms())
-        for (unsigned long offset = 0; offset < 64; ++offset)
+        for (unsigned long offset = 0; offset < 64; offset += sizeof(TypeParam))
             for (unsigned long count = 0; count <= longest; ++count) {
-                ExactRun<char> text(offset, count, '\n');
+                ExactRun<TypeParam> text(offset, count, '\n');
                 text.fill('-');
-                SAME(notFound, form.findEither(text.get(), count, '\r', '\n'));
+                SAME(notFound, (form.*W::findEither)(text.get(), count, '\r', '\n'));
                 for (const unsigned long place : placesIn(count)) {
                     text[place] = '\r';
-                    SAME(place, form.findEither(text.get(), count, '\r', '\n'));
-                    SAME(place, form.findEither(text.get(), count, '\n', '\r'));
+                    SAME(place, (form.*W::findEither)(text.get(), count, '\r', '\n'));
+                    SAME(place, (form.*W::findEither)(text.get(), count, '\n', '\r'));
                     text[place] = '\n';
-                    SAME(place, form.findEither(text.get(), count, '\r', '\n'));
+                    SAME(place, (form.*W::findEither)(text.get(), count, '\r', '\n'));
                     text[place] = '-';
                 }
             }
