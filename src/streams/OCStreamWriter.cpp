@@ -1,9 +1,5 @@
 #include "OCStreamWriter.h"
 
-#include "streams/StreamRuns.h"
-
-#include <cstring>
-
 OCStreamWriter::OCStreamWriter(OCStream& target) : buffer(capacity), stream(target), count(0) {}
 
 OCStreamWriter::~OCStreamWriter() noexcept {
@@ -28,18 +24,4 @@ void OCStreamWriter::writeLast(char c) {
     buffer.getData()[count++] = c;
     if (count == capacity)
         flush();
-}
-
-void orvabase::StreamRuns::write(OCStreamWriter& writer, const char* text, unsigned long n) {
-    while (n > 0) {
-        const unsigned long most = roomCount(writer);
-        const unsigned long taken = n < most ? n : most;
-        std::memcpy(room(writer), text, taken);
-        add(writer, taken);
-        if (taken == n)
-            return;
-        writer.writeCharacter(text[taken]);
-        text += taken + 1;
-        n -= taken + 1;
-    }
 }

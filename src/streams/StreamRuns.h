@@ -4,6 +4,8 @@
 #include "OCStreamReader.h"
 #include "OCStreamWriter.h"
 
+#include <cstring>
+
 namespace orvabase {
 
 /// Several characters at once from a reader or to a writer, for what the library does in runs.
@@ -36,7 +38,19 @@ public:
     /// Counts `n` characters, put into the room, as written.
     static void add(OCStreamWriter& writer, unsigned long n) { writer.count += n; }
     /// Writes `n` characters.
-    static void write(OCStreamWriter& writer, const char* text, unsigned long n);
+    static void write(OCStreamWriter& writer, const char* text, unsigned long n) {
+        for (;;) {
+            const unsigned long most = roomCount(writer);
+            const unsigned long taken = n < most ? n : most;
+            std::memcpy(room(writer), text, taken);
+            add(writer, taken);
+            if (taken == n)
+                return;
+            writer.writeCharacter(text[taken]);
+            text += taken + 1;
+            n -= taken + 1;
+        }
+    }
 };
 
 } // namespace orvabase
