@@ -66,7 +66,7 @@ public:
 
     /// Encodes all bytes from the position of `source` to its end, and writes the text to `target`.
     /// Each line of 64 characters is followed by CR LF; a last line that is shorter is not. No
-    /// bytes give no text. Linear; three allocations at most, whatever the size.
+    /// bytes give no text. Linear; two allocations, whatever the size.
     ///
     /// The streams see 4096 bytes asked for, or written, at a time.
     ///
@@ -144,8 +144,8 @@ public:
     /// `target`. Control characters and bytes from 128 to 255 count as absent. A block is cut
     /// before its first character that is not of the alphabet: what is left decodes to one byte
     /// less than it has characters, and decoding goes on with the next block. It ends with the
-    /// data, or with a block of which less than 2 characters are left. Linear; three allocations at
-    /// most, whatever the size.
+    /// data, or with a block of which less than 2 characters are left. Linear; two allocations,
+    /// whatever the size.
     ///
     /// The source is left behind the last character of the block that ended decoding. The streams
     /// see 4096 bytes asked for, or written, at a time.

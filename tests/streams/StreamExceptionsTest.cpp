@@ -1,5 +1,6 @@
 #include "OCFileStream.h"
 #include "OCMemoryStream.h"
+#include "OCStreamTransfer.h"
 
 #include "support/FaultInjection.h"
 
@@ -35,18 +36,19 @@ TEST(StreamExceptions, MakingOneInExhaustedMemoryIsAnAllocationFailure) {
 }
 
 TEST(StreamExceptions, AreDeletedThroughAnyOfTheirBases) {
-    EXPECT_EQ(fault::blocksLeftBy([] {
-                  for (OCObject* object : std::initializer_list<OCObject*>{
-                           new OXStream_OperationUnsupported("seek"), new OXStream_ReadError,
-                           new OXStream_WriteError, new OXMemoryStream_NoData,
-                           new OXHandleStream_ReadError(EIO), new OXHandleStream_SeekError(EIO),
-                           new OXHandleStream_SetSizeError(EIO), new OXHandleStream_WriteError(EIO),
-                           new OXFileStream_CreateError(EIO), new OXFileStream_GetTimeError(EIO),
-                           new OXFileStream_UnlinkError(EIO),
-                           new OXFileStreamLock_AcquireError(EIO)})
-                      delete object;
-              }),
-              0);
+    EXPECT_EQ(
+        fault::blocksLeftBy([] {
+            for (OCObject* object : std::initializer_list<OCObject*>{
+                     new OXStream_OperationUnsupported("seek"), new OXStream_ReadError,
+                     new OXStream_WriteError, new OXMemoryStream_NoData,
+                     new OXHandleStream_ReadError(EIO), new OXHandleStream_SeekError(EIO),
+                     new OXHandleStream_SetSizeError(EIO), new OXHandleStream_WriteError(EIO),
+                     new OXFileStream_CreateError(EIO), new OXFileStream_GetTimeError(EIO),
+                     new OXFileStream_UnlinkError(EIO), new OXFileStreamLock_AcquireError(EIO),
+                     new OXStreamTransfer_UnassignedSource, new OXStreamTransfer_UnassignedTarget})
+                delete object;
+        }),
+        0);
 }
 
 TEST(StreamExceptions, StreamsAreDeletedThroughTheirBase) {
