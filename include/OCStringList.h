@@ -134,6 +134,7 @@ public:
 
 private:
     friend class OCStringListUtilities;
+    friend class OCStringTableRow;
 
     static constexpr unsigned long notSkipped = ~0UL;
 
@@ -149,6 +150,9 @@ private:
 
     void swap(OCStringList& other) noexcept;
     void addString(const char* text, unsigned long count);
+    /// Replaces the string at `index` of an unsorted list, which gets null slots up to there if it
+    /// has fewer. Changes nothing when it throws.
+    void putString(unsigned long index, const OCAnsiString& text);
     /// Gives `string` its place; it is the list's own when this returns.
     void insertString(OCAnsiString& string);
     /// Takes the strings of `source`, which has no null slots, in their order.

@@ -118,6 +118,7 @@ public:
     [[noreturn]] static void throwNullElement(unsigned long index);
 
 private:
+    friend class OCNamedList;
     friend class OCStringList;
 
     struct Slots {

@@ -288,15 +288,25 @@ void OCStringList::throwMissingString(unsigned long index) const {
 void OCStringList::setString(unsigned long index, const OCAnsiString& text) {
     if (index >= strings.getCount())
         OCVector::throwNoSuchIndex(index);
-    if (listMode == StringListModeSorted) {
+    if (listMode == StringListModeSorted)
         moveString(index, text);
-    } else if (strings.hasElement(index)) {
+    else
+        putString(index, text);
+}
+
+void OCStringList::putString(unsigned long index, const OCAnsiString& text) {
+    if (strings.hasElement(index)) {
         static_cast<OCAnsiString&>(strings.getElement(index)) = text;
-    } else {
-        NewString added(text);
-        strings.setElement(index, added.get());
-        added.release();
+        return;
     }
+    NewString added(text);
+    if (index >= strings.getCount()) {
+        if (index == ~0UL)
+            throw OXMemory_AllocationError();
+        strings.setCount(index + 1);
+    }
+    strings.setElement(index, added.get());
+    added.release();
 }
 
 void OCStringList::moveString(unsigned long index, const OCAnsiString& text) {

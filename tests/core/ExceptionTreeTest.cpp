@@ -108,14 +108,19 @@ void expectAllFamilies() {
     expectFamily<OXIntegerConversion_ConvertError, OXIntegerConversion>();
     expectFamily<OXMemoryBuffer, OXAutoException>();
     expectFamily<OXMutex, OXAutoException>();
+    expectFamily<OXNamedList, OXAutoException>();
     expectFamily<OXStack, OXAutoException>();
     expectFamily<OXStopwatch, OXAutoException>();
     expectFamily<OXStream, OXAutoException>();
     expectFamily<OXStreamTransfer, OXStream>();
     expectFamily<OXString, OXAutoException>();
     expectFamily<OXStringList, OXAutoException>();
+    expectFamily<OXStringTable, OXAutoException>();
+    expectFamily<OXStringTableRow, OXStringTable>();
+    expectFamily<OXStringTableRowList, OXStringTable>();
     expectFamily<OXThread, OXAutoException>();
     expectFamily<OXUniqueIdentifier, OXAutoException>();
+    expectFamily<OXVariant, OXAutoException>();
     expectFamily<OXVector, OXAutoException>();
     expectFamily<OXXmlParser, OXAutoException>();
     expectFamily<OXXmlParserSource, OXXmlParser>();
@@ -213,6 +218,10 @@ void expectAllLeaves() {
     expectLeaf<OXMutex_CreateError, OXMutex>(
         "OXMutex_CreateError", "Error creating synchronization mutex (No such file or directory)",
         missing);
+    expectLeaf<OXNamedList_NoSuchIndex, OXNamedList>("OXNamedList_NoSuchIndex",
+                                                     "Named element index out of bounds (7)", 7UL);
+    expectLeaf<OXNamedList_NoSuchName, OXNamedList>(
+        "OXNamedList_NoSuchName", "Named element does not exist (a text)", OCAnsiString("a text"));
     expectLeaf<OXStack_UnderflowError, OXStack>("OXStack_UnderflowError", "Stack underflow");
     expectLeaf<OXStopwatch_QueryValueError, OXStopwatch>("OXStopwatch_QueryValueError",
                                                          "Can not query stopwatch value");
@@ -231,12 +240,18 @@ void expectAllLeaves() {
     expectLeaf<OXStringList_NullString, OXStringList>(
         "OXStringList_NullString", "The string list does not contain the requested string (7)",
         7UL);
+    expectLeaf<OXStringTableRowList_UnassignedObject, OXStringTableRowList>(
+        "OXStringTableRowList_UnassignedObject", "The string table row is unassigned (7)", 7UL);
+    expectLeaf<OXStringTableRow_UnassignedObject, OXStringTableRow>(
+        "OXStringTableRow_UnassignedObject", "The string table column is unassigned (7)", 7UL);
     expectLeaf<OXString_NoSuchIndex, OXString>("OXString_NoSuchIndex",
                                                "String index out of bounds (7)", 7UL);
     expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
     expectLeaf<OXThread_WaitError, OXThread>("OXThread_WaitError", "Error waiting for thread");
     expectLeaf<OXUniqueIdentifier_MalformedString, OXUniqueIdentifier>(
         "OXUniqueIdentifier_MalformedString", "The unique identifier is malformed");
+    expectLeaf<OXVariant_TypeMismatch, OXVariant>("OXVariant_TypeMismatch",
+                                                  "Variant type mismatch");
     expectLeaf<OXVector_NoSuchIndex, OXVector>("OXVector_NoSuchIndex",
                                                "Vector index out of bounds (7)", 7UL);
     expectLeaf<OXVector_NullElement, OXVector>(
