@@ -119,6 +119,7 @@ public:
 
 private:
     friend class OCNamedList;
+    friend class OCQueryString;
     friend class OCStringList;
 
     struct Slots {

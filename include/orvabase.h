@@ -28,6 +28,8 @@
 #include "OCMutex.h"
 #include "OCNamedList.h"
 #include "OCObject.h"
+#include "OCQueryString.h"
+#include "OCResourceLocator.h"
 #include "OCSection.h"
 #include "OCStack.h"
 #include "OCStopwatch.h"

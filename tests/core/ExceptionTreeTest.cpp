@@ -109,6 +109,7 @@ void expectAllFamilies() {
     expectFamily<OXMemoryBuffer, OXAutoException>();
     expectFamily<OXMutex, OXAutoException>();
     expectFamily<OXNamedList, OXAutoException>();
+    expectFamily<OXQueryString, OXAutoException>();
     expectFamily<OXStack, OXAutoException>();
     expectFamily<OXStopwatch, OXAutoException>();
     expectFamily<OXStream, OXAutoException>();
@@ -222,6 +223,11 @@ void expectAllLeaves() {
                                                      "Named element index out of bounds (7)", 7UL);
     expectLeaf<OXNamedList_NoSuchName, OXNamedList>(
         "OXNamedList_NoSuchName", "Named element does not exist (a text)", OCAnsiString("a text"));
+    expectLeaf<OXQueryString_NoSuchIndex, OXQueryString>(
+        "OXQueryString_NoSuchIndex", "Query string index out of bounds (7)", 7UL);
+    expectLeaf<OXQueryString_NoSuchName, OXQueryString>("OXQueryString_NoSuchName",
+                                                        "Query element does not exist (a text)",
+                                                        OCAnsiString("a text"));
     expectLeaf<OXStack_UnderflowError, OXStack>("OXStack_UnderflowError", "Stack underflow");
     expectLeaf<OXStopwatch_QueryValueError, OXStopwatch>("OXStopwatch_QueryValueError",
                                                          "Can not query stopwatch value");
