@@ -5,6 +5,7 @@
 #define ORVABASE_ORVABASE_H
 
 #include "OCAnsiString.h"
+#include "OCApplicationArguments.h"
 #include "OCBase64.h"
 #include "OCBoolean.h"
 #include "OCCoreRing.h"
