@@ -14,6 +14,7 @@
 #include "OCDateTimeFormat.h"
 #include "OCDateTimeParser.h"
 #include "OCDtdParser.h"
+#include "OCEnvironment.h"
 #include "OCEvent.h"
 #include "OCExport.h"
 #include "OCFileFinder.h"

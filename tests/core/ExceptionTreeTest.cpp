@@ -99,6 +99,8 @@ void expectAllFamilies() {
     expectFamily<OXCountdown, OXAutoException>();
     expectFamily<OXDateTime, OXAutoException>();
     expectFamily<OXDateTimeParser, OXDateTime>();
+    expectFamily<OXEnvironmentBlock, OXAutoException>();
+    expectFamily<OXEnvironmentVariable, OXAutoException>();
     expectFamily<OXEvent, OXAutoException>();
     expectFamily<OXFilePath, OXAutoException>();
     expectFamily<OXFileStream, OXHandleStream>();
@@ -143,6 +145,17 @@ void expectAllLeaves() {
                                                     "Error converting date/time");
     expectLeaf<OXDateTime_RepresentError, OXDateTime>("OXDateTime_RepresentExport",
                                                       "Error representing date/time");
+    expectLeaf<OXEnvironmentBlock_ReadProcessEnvironment, OXEnvironmentBlock>(
+        "OXEnvironmentBlock_ReadProcessEnvironment", "Error reading process environment variables");
+    expectLeaf<OXEnvironmentVariable_DeleteVariable, OXEnvironmentVariable>(
+        "OXEnvironmentVariable_DeleteVariable", "Error deleting environment variable (a text)",
+        OCAnsiString("a text"));
+    expectLeaf<OXEnvironmentVariable_GetValue, OXEnvironmentVariable>(
+        "OXEnvironmentVariable_GetValue", "Error getting value of environment variable (a text)",
+        OCAnsiString("a text"));
+    expectLeaf<OXEnvironmentVariable_SetValue, OXEnvironmentVariable>(
+        "OXEnvironmentVariable_SetValue", "Error setting value of environment variable (a text)",
+        OCAnsiString("a text"));
     expectLeaf<OXEvent_CreateError, OXEvent>(
         "OXEvent_CreateError", "Error creating synchronization event (No such file or directory)",
         missing);
