@@ -5,7 +5,7 @@
 #include "OCWideString.h"
 
 namespace orvabase {
-class XmlCursor;
+class XmlInput;
 }
 
 /// How the bytes of a document become characters. The caller chooses; nothing is detected, and a
@@ -52,7 +52,7 @@ public:
     bool readStringWide(OCWideString& text, unsigned long& remaining);
 
 private:
-    friend class orvabase::XmlCursor;
+    friend class orvabase::XmlInput;
 
     OCStream& stream;
     OEXmlEncoding encoding;
@@ -124,7 +124,7 @@ public:
     bool findStringInternal(const OCWideString& s, OCWideString* skipped);
 
 private:
-    friend class orvabase::XmlCursor;
+    friend class orvabase::XmlInput;
 
     OCWideString buffer;
     OCXmlParserSource& source;

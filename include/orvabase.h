@@ -23,6 +23,7 @@
 #include "OCFileStream.h"
 #include "OCHandleStream.h"
 #include "OCHexDump.h"
+#include "OCHtmlParser.h"
 #include "OCInteger.h"
 #include "OCMemory.h"
 #include "OCMemoryBuffer.h"

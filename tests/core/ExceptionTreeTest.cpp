@@ -106,6 +106,8 @@ void expectAllFamilies() {
     expectFamily<OXFileStream, OXHandleStream>();
     expectFamily<OXFileStreamLock, OXFileStream>();
     expectFamily<OXHandleStream, OXStream>();
+    expectFamily<OXHtml, OXAutoException>();
+    expectFamily<OXHtmlError, OXHtml>();
     expectFamily<OXIntegerConversion, OXAutoException>();
     expectFamily<OXIntegerConversion_ConvertError, OXIntegerConversion>();
     expectFamily<OXMemoryBuffer, OXAutoException>();
@@ -214,6 +216,20 @@ void expectAllLeaves() {
     expectLeaf<OXHandleStream_WriteError, OXHandleStream>(
         "OXHandleStream_WriteError", "Can not write to the file stream (No such file or directory)",
         missing);
+    expectLeaf<OXHtmlError_AttributeMalformed, OXHtmlError>("OXHtmlError_AttributeMalformed",
+                                                            "Malformed attribute");
+    expectLeaf<OXHtmlError_CommentMalformed, OXHtmlError>("OXHtmlError_CommentMalformed",
+                                                          "Malformed comment");
+    expectLeaf<OXHtmlError_DocumentTypeMalformed, OXHtmlError>("OXHtmlError_DocumentTypeMalformed",
+                                                               "Malformed document type");
+    expectLeaf<OXHtmlError_ElementEndMalformed, OXHtmlError>("OXHtmlError_ElementEndMalformed",
+                                                             "Malformed end of element");
+    expectLeaf<OXHtmlError_ElementStartMalformed, OXHtmlError>("OXHtmlError_ElementStartMalformed",
+                                                               "Malformed start of element");
+    expectLeaf<OXHtmlError_NameMalformed, OXHtmlError>("OXHtmlError_NameMalformed",
+                                                       "Malformed name");
+    expectLeaf<OXHtmlError_Unexpected, OXHtmlError>("OXHtmlError_Unexpected", "Unexpected error");
+    expectLeaf<OXHtmlError_Unhandled, OXHtmlError>("OXHtmlError_Unhandled", "Unhandled error");
     expectLeaf<OXIntegerConversion_ConvertSizeError, OXIntegerConversion_ConvertError>(
         "OXIntegerConversion_ConvertSizeError", "Error converting size to integer");
     expectLeaf<OXIntegerConversion_ConvertStringError, OXIntegerConversion_ConvertError>(
