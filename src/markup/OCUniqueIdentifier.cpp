@@ -1,14 +1,13 @@
 #include "OCUniqueIdentifier.h"
 
 #include "OCMemory.h"
-#include "core/OCHexDigits.h"
+#include "core/OCKernelHex.h"
 
 #include <cstring>
 
 namespace {
 
-using orvabase::hexDigitsOf;
-using orvabase::hexValueOf;
+namespace kernels = orvabase::kernels;
 
 constexpr unsigned long textLength = 36;
 constexpr unsigned long data4Begin = 19;
@@ -16,40 +15,50 @@ constexpr unsigned long data4Length = textLength - data4Begin;
 
 static_assert(sizeof(OSUniqueIdentifier) == 16, "16 bytes without gaps");
 
-/// Bytes as a number, the first one highest.
-unsigned int bigEndian(const unsigned char* bytes) noexcept {
-    unsigned int value;
-    std::memcpy(&value, bytes, sizeof value);
-    return __builtin_bswap32(value);
+/// Four characters as the half of a word.
+unsigned long half(const char* text) noexcept {
+    unsigned int characters;
+    std::memcpy(&characters, text, sizeof characters);
+    return characters;
 }
 
-void setBigEndian(unsigned char* bytes, unsigned int value) noexcept {
-    value = __builtin_bswap32(value);
-    std::memcpy(bytes, &value, sizeof value);
+unsigned long joined(const char* first, const char* second) noexcept {
+    return half(first) | half(second) << 32;
 }
 
-/// Writes eight digits in two halves.
-void putDigits(char* first, char* second, unsigned int value) noexcept {
-    const unsigned long digits = hexDigitsOf(value);
-    std::memcpy(first, &digits, 4);
-    const unsigned long rest = digits >> 32;
-    std::memcpy(second, &rest, 4);
-}
+/// The digits of an identifier without the `-` between the groups.
+struct Digits {
+    explicit Digits(const OSUniqueIdentifier& identifier) noexcept {
+        // The digits of a number begin with its highest byte. The bytes are put together in a
+        // register, for reading a whole word where its parts have just been stored would wait.
+        const unsigned long front =
+            __builtin_bswap32(identifier.data1) |
+            static_cast<unsigned long>(__builtin_bswap16(identifier.data2)) << 32 |
+            static_cast<unsigned long>(__builtin_bswap16(identifier.data3)) << 48;
+        unsigned long back;
+        std::memcpy(&back, identifier.data4, sizeof back);
+        kernels::hexDigitsOf(front, back, words);
+    }
 
-bool getDigits(const char* first, const char* second, unsigned int& value) noexcept {
-    unsigned int low;
-    unsigned int high;
-    std::memcpy(&low, first, 4);
-    std::memcpy(&high, second, 4);
-    return hexValueOf(static_cast<unsigned long>(high) << 32 | low, value);
-}
+    void putData1(char* to) const noexcept { std::memcpy(to, &words[0], 8); }
+    void putData2(char* to) const noexcept { std::memcpy(to, &words[1], 4); }
+    void putData3(char* to) const noexcept { putUpper(to, words[1]); }
+    /// Writes the fourth and the fifth group with the `-` between them.
+    void putData4(char* to) const noexcept {
+        std::memcpy(to, &words[2], 4);
+        to[4] = '-';
+        putUpper(to + 5, words[2]);
+        std::memcpy(to + 9, &words[3], 8);
+    }
 
-/// Writes the fourth and the fifth group with the `-` between them.
-void putData4(char* to, const unsigned char* data4) noexcept {
-    putDigits(to, to + 5, bigEndian(data4));
-    to[4] = '-';
-    putDigits(to + 9, to + 13, bigEndian(data4 + 4));
-}
+    unsigned long words[kernels::hexWordCount];
+
+private:
+    static void putUpper(char* to, unsigned long word) noexcept {
+        word >>= 32;
+        std::memcpy(to, &word, 4);
+    }
+};
 
 /// Reads a whole text. False, with `identifier` undefined, when it is malformed.
 bool parseText(const OCAnsiString& text, OSUniqueIdentifier& identifier) noexcept {
@@ -58,16 +67,16 @@ bool parseText(const OCAnsiString& text, OSUniqueIdentifier& identifier) noexcep
     const char* const t = text.getString();
     if (t[8] != '-' || t[13] != '-' || t[18] != '-' || t[23] != '-')
         return false;
-    unsigned int middle;
-    unsigned int front;
-    unsigned int back;
-    if (!getDigits(t, t + 4, identifier.data1) || !getDigits(t + 9, t + 14, middle) ||
-        !getDigits(t + 19, t + 24, front) || !getDigits(t + 28, t + 32, back))
+    const unsigned long digits[kernels::hexWordCount] = {
+        joined(t, t + 4), joined(t + 9, t + 14), joined(t + 19, t + 24), joined(t + 28, t + 32)};
+    unsigned long front;
+    unsigned long back;
+    if (!kernels::hexBytesOf(digits, front, back))
         return false;
-    identifier.data2 = static_cast<unsigned short>(middle >> 16);
-    identifier.data3 = static_cast<unsigned short>(middle & 0xFFFF);
-    setBigEndian(identifier.data4, front);
-    setBigEndian(identifier.data4 + 4, back);
+    identifier.data1 = __builtin_bswap32(static_cast<unsigned int>(front));
+    identifier.data2 = __builtin_bswap16(static_cast<unsigned short>(front >> 32));
+    identifier.data3 = __builtin_bswap16(static_cast<unsigned short>(front >> 48));
+    std::memcpy(identifier.data4, &back, sizeof back);
     return true;
 }
 
@@ -76,15 +85,6 @@ OSUniqueIdentifier parsed(const OCAnsiString& text) {
     if (!parseText(text, identifier))
         throw OXUniqueIdentifier_MalformedString();
     return identifier;
-}
-
-/// The last `count` of the eight digits of `value`.
-OCAnsiString digitText(unsigned int value, unsigned long count) {
-    const unsigned long digits = hexDigitsOf(value) >> 8 * (orvabase::hexDigitCount - count);
-    OCAnsiString text;
-    text.setLength(count);
-    std::memcpy(text.getString(), &digits, count);
-    return text;
 }
 
 } // namespace
@@ -109,15 +109,17 @@ OECompareResult OCUniqueIdentifier::compare(const OCUniqueIdentifier& other) con
 }
 
 OCAnsiString OCUniqueIdentifier::getText() const {
+    const Digits digits(identifier);
     OCAnsiString text;
     text.setLength(textLength);
     char* const t = text.getString();
-    putDigits(t, t + 4, identifier.data1);
+    digits.putData1(t);
     t[8] = '-';
-    putDigits(t + 9, t + 14, static_cast<unsigned int>(identifier.data2) << 16 | identifier.data3);
+    digits.putData2(t + 9);
     t[13] = '-';
+    digits.putData3(t + 14);
     t[18] = '-';
-    putData4(t + data4Begin, identifier.data4);
+    digits.putData4(t + data4Begin);
     return text;
 }
 
@@ -131,21 +133,30 @@ bool OCUniqueIdentifier::validateText(const OCAnsiString& text) noexcept {
 }
 
 OCAnsiString OCUniqueIdentifier::getTextData1() const {
-    return digitText(identifier.data1, 8);
+    OCAnsiString text;
+    text.setLength(8);
+    Digits(identifier).putData1(text.getString());
+    return text;
 }
 
 OCAnsiString OCUniqueIdentifier::getTextData2() const {
-    return digitText(identifier.data2, 4);
+    OCAnsiString text;
+    text.setLength(4);
+    Digits(identifier).putData2(text.getString());
+    return text;
 }
 
 OCAnsiString OCUniqueIdentifier::getTextData3() const {
-    return digitText(identifier.data3, 4);
+    OCAnsiString text;
+    text.setLength(4);
+    Digits(identifier).putData3(text.getString());
+    return text;
 }
 
 OCAnsiString OCUniqueIdentifier::getTextData4() const {
     OCAnsiString text;
     text.setLength(data4Length);
-    putData4(text.getString(), identifier.data4);
+    Digits(identifier).putData4(text.getString());
     return text;
 }
 

@@ -1,5 +1,4 @@
 #include "OCUniqueIdentifier.h"
-#include "core/OCHexDigits.h"
 #include "support/Exceptions.h"
 #include "support/FaultInjection.h"
 #include "support/Slots.h"
@@ -343,19 +342,6 @@ TEST(OCUniqueIdentifier, RefusesHugeTextsWithoutLookingAtThem) {
     EXPECT_EQ(OCAnsiString(lowerText), identifier.getText());
     // Reading so many texts of this size would take many times as long.
     EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 1.0);
-}
-
-TEST(OCHexDigits, AgreeWithTheCLibraryInEveryByte) {
-    for (unsigned int i = 0; i <= 0xFFFF; ++i)
-        for (const unsigned int value : {i, i << 16, 0xA5000000U | i << 8}) {
-            char expected[9];
-            std::snprintf(expected, sizeof expected, "%08x", value);
-            const unsigned long digits = orvabase::hexDigitsOf(value);
-            ASSERT_EQ(0, std::memcmp(expected, &digits, 8)) << expected;
-            unsigned int back = 0;
-            ASSERT_TRUE(orvabase::hexValueOf(digits, back)) << expected;
-            ASSERT_EQ(value, back);
-        }
 }
 
 } // namespace
