@@ -72,6 +72,9 @@ public:
 protected:
     void initialize();
     void initializeThread();
+    /// Waits for the thread, as `waitFor` does, if it has ended already. False when it has not, or
+    /// has been waited for before.
+    bool joinEnded() noexcept;
 
 private:
     pthread_t identifier;

@@ -49,6 +49,7 @@
 #include "OCTemporaryDirectory.h"
 #include "OCTemporaryFile.h"
 #include "OCThread.h"
+#include "OCThreadPool.h"
 #include "OCUniqueIdentifier.h"
 #include "OCVariant.h"
 #include "OCVector.h"

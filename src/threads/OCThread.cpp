@@ -75,6 +75,13 @@ void OCThread::waitFor() {
     identifier = 0;
 }
 
+bool OCThread::joinEnded() noexcept {
+    if (identifier == 0 || pthread_tryjoin_np(identifier, nullptr) != 0)
+        return false;
+    identifier = 0;
+    return true;
+}
+
 void OCThread::destroyThread() {
     if (identifier == 0)
         return;

@@ -124,6 +124,7 @@ void expectAllFamilies() {
     expectFamily<OXStringTableRow, OXStringTable>();
     expectFamily<OXStringTableRowList, OXStringTable>();
     expectFamily<OXThread, OXAutoException>();
+    expectFamily<OXThreadPool, OXAutoException>();
     expectFamily<OXUniqueIdentifier, OXAutoException>();
     expectFamily<OXVariant, OXAutoException>();
     expectFamily<OXVector, OXAutoException>();
@@ -281,6 +282,8 @@ void expectAllLeaves() {
         "OXStringTableRow_UnassignedObject", "The string table column is unassigned (7)", 7UL);
     expectLeaf<OXString_NoSuchIndex, OXString>("OXString_NoSuchIndex",
                                                "String index out of bounds (7)", 7UL);
+    expectLeaf<OXThreadPool_JobRefused, OXThreadPool>("OXThreadPool_JobRefused",
+                                                      "The thread pool job was refused");
     expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
     expectLeaf<OXThread_WaitError, OXThread>("OXThread_WaitError", "Error waiting for thread");
     expectLeaf<OXUniqueIdentifier_MalformedString, OXUniqueIdentifier>(
