@@ -41,9 +41,15 @@ public:
 private:
     friend class OCQueryString;
 
-    /// The pair whose URL forms are given.
-    OCQueryElement(const char* nameText, unsigned long nameCount, const char* valueText,
-                   unsigned long valueCount);
+    /// A part of a text in URL form.
+    struct Piece {
+        OCAnsiString decoded() const;
+
+        const char* begin;
+        const char* end;
+        bool encoded; // whether anything in it stands for something else
+    };
+    OCQueryElement(const Piece& nameForm, const Piece& valueForm);
 
     OCAnsiString name;
     OCAnsiString value;
@@ -170,6 +176,7 @@ private:
     [[noreturn]] static void throwNoSuchIndex(unsigned long index);
     void swap(OCQueryString& other) noexcept;
     void parse(const char* text, unsigned long count);
+    void addParsed(OCQueryElement* added);
     void appendElement(OCQueryElement* added);
     void replaceElements(const OCAnsiString& name, OCQueryElement* successor);
     void deleteElements() noexcept;

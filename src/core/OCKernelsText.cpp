@@ -277,4 +277,21 @@ unsigned long unescape(char* to, const char* from, unsigned long count) noexcept
     return static_cast<unsigned long>(out - to);
 }
 
+unsigned long markQuery(const char* text, unsigned long count) noexcept {
+    char padded[4 * step];
+    if (count < sizeof padded) {
+        std::memset(padded, 0, sizeof padded);
+        std::memcpy(padded, text, count);
+        text = padded;
+    }
+    unsigned long marks = 0;
+    for (unsigned long i = sizeof padded; i > 0; i -= step) {
+        const Register v = sse2::load(text + i - step);
+        const Register ends = sse2::either(L::equal(v, L::splat('&')), L::equal(v, L::splat('=')));
+        const Register codes = sse2::either(L::equal(v, L::splat('%')), L::equal(v, L::splat('+')));
+        marks = marks << step | L::bits(sse2::either(ends, codes));
+    }
+    return marks;
+}
+
 } // namespace orvabase::kernels

@@ -22,6 +22,10 @@ void escape(char* to, const char* from, unsigned long count) noexcept;
 /// of which may be changed. Returns its length.
 unsigned long unescape(char* to, const char* from, unsigned long count) noexcept;
 
+/// Which of up to 64 characters mean something in a query: bit `i` says that character `i` is `&`,
+/// `=`, `%` or `+`.
+unsigned long markQuery(const char* text, unsigned long count) noexcept;
+
 } // namespace orvabase::kernels
 
 #endif

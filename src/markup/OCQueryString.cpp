@@ -11,30 +11,43 @@ namespace kernels = orvabase::kernels;
 
 namespace {
 
-OCAnsiString decodeEscaped(const char* text, unsigned long count) {
+/// The characters of a text that mean something in a query, one after the other.
+class Marks {
+public:
+    Marks(const char* text, unsigned long count) : block(text), end(text + count) { look(); }
+
+    /// The next one, or the end of the text.
+    const char* next() {
+        while (marks == 0) {
+            if (end - block <= blockSize)
+                return end;
+            block += blockSize;
+            look();
+        }
+        const char* const mark = block + __builtin_ctzl(marks);
+        marks &= marks - 1;
+        return mark;
+    }
+
+private:
+    static constexpr long blockSize = 64;
+
+    void look() {
+        const long rest = end - block;
+        marks = kernels::markQuery(block,
+                                   static_cast<unsigned long>(rest < blockSize ? rest : blockSize));
+    }
+
+    const char* block;
+    const char* end;
+    unsigned long marks = 0; // of the block, those that are still to come
+};
+
+OCAnsiString decode(const char* text, unsigned long count) {
     OCAnsiString result;
     result.setLength(count);
     result.setLength(kernels::unescape(result.getString(), text, count));
     return result;
-}
-
-/// The text whose URL form is given.
-OCAnsiString decode(const char* text, unsigned long count) {
-    if (kernels::findEither(text, count, '%', '+') == kernels::notFound)
-        return OCAnsiString(text, count);
-    return decodeEscaped(text, count);
-}
-
-/// The end of the run that the first `c` ends, or else the text.
-const char* endOfRun(const char* text, const char* end, char c) {
-    const unsigned long place = kernels::findByte(text, static_cast<unsigned long>(end - text), c);
-    return place == kernels::notFound ? end : text + place;
-}
-
-const char* endOfRun(const char* text, const char* end, char a, char b) {
-    const unsigned long place =
-        kernels::findEither(text, static_cast<unsigned long>(end - text), a, b);
-    return place == kernels::notFound ? end : text + place;
 }
 
 unsigned long escapedLength(const OCAnsiString& text) {
@@ -103,9 +116,13 @@ OXQueryString_NoSuchName::~OXQueryString_NoSuchName() noexcept = default;
 
 // Elements
 
-OCQueryElement::OCQueryElement(const char* nameText, unsigned long nameCount, const char* valueText,
-                               unsigned long valueCount)
-    : name(decode(nameText, nameCount)), value(decode(valueText, valueCount)) {}
+OCQueryElement::OCQueryElement(const Piece& nameForm, const Piece& valueForm)
+    : name(nameForm.decoded()), value(valueForm.decoded()) {}
+
+OCAnsiString OCQueryElement::Piece::decoded() const {
+    const auto count = static_cast<unsigned long>(end - begin);
+    return encoded ? decode(begin, count) : OCAnsiString(begin, count);
+}
 
 OCQueryElement::~OCQueryElement() noexcept = default;
 
@@ -164,29 +181,34 @@ void OCQueryString::clear() noexcept {
 }
 
 void OCQueryString::deleteElements() noexcept {
-    // What was allocated last goes first, which the heap takes back at the least cost.
-    for (unsigned long i = elements.getCount(); i > 0; --i) {
-        if (elements.hasElement(i - 1))
-            delete &elements.getElement(i - 1);
+    for (unsigned long i = 0; i < elements.getCount(); ++i) {
+        if (elements.hasElement(i))
+            delete &elements.getElement(i);
     }
 }
 
 // Text
 
 void OCQueryString::parse(const char* text, unsigned long count) {
+    typedef OCQueryElement::Piece Piece;
     const char* const end = text + count;
+    Marks marks(text, count);
     for (const char* at = text; at != end;) {
-        const char* const nameEnd = endOfRun(at, end, '=', '&');
-        const char* value = nameEnd;
-        const char* valueEnd = nameEnd;
-        if (nameEnd != end && *nameEnd == '=') {
-            value = nameEnd + 1;
-            valueEnd = endOfRun(value, end, '&');
+        Piece name{at, nullptr, false};
+        Piece value{nullptr, nullptr, false};
+        const char* mark = marks.next();
+        for (; mark != end && *mark != '&'; mark = marks.next()) {
+            if (*mark != '=')
+                (value.begin == nullptr ? name : value).encoded = true;
+            else if (value.begin == nullptr) {
+                name.end = mark;
+                value.begin = mark + 1;
+            }
         }
-        if (nameEnd != at)
-            appendElement(new OCQueryElement(at, static_cast<unsigned long>(nameEnd - at), value,
-                                             static_cast<unsigned long>(valueEnd - value)));
-        at = valueEnd == end ? end : valueEnd + 1;
+        (value.begin == nullptr ? name : value).end = mark;
+        if (name.end != at)
+            addParsed(new OCQueryElement(name, value));
+        at = mark == end ? end : mark + 1;
     }
 }
 
@@ -218,7 +240,14 @@ OCAnsiString OCQueryString::getText(OEQueryStringFormat format) const {
 
 // Changes
 
-/// Takes ownership also when it throws.
+/// Takes ownership, also when it throws; the last slot may be a null one then.
+void OCQueryString::addParsed(OCQueryElement* added) {
+    NewElement element(added);
+    elements.addElement(element.get());
+    element.release();
+}
+
+/// Takes ownership, also when it throws.
 void OCQueryString::appendElement(OCQueryElement* added) {
     NewElement element(added);
     const unsigned long index = getCount();

@@ -231,4 +231,21 @@ TEST(KernelsText, UnescapesACodeAtEveryPlace) {
     }
 }
 
+TEST(KernelsText, MarksWhatMeansSomethingInAQuery) {
+    for (unsigned long count = 0; count <= 64; ++count) {
+        for (int c = 0; c < 256; ++c) {
+            const Block block(std::string(count, static_cast<char>(c)));
+            const bool marked = c == '&' || c == '=' || c == '%' || c == '+';
+            const unsigned long all = count == 0 ? 0 : ~0UL >> (64 - count);
+            ASSERT_EQ(marked ? all : 0, kernels::markQuery(block.get(), count)) << c;
+        }
+        for (unsigned long place = 0; place < count; ++place) {
+            std::string text(count, 'x');
+            text[place] = "&=%+"[place % 4];
+            const Block block(text, place);
+            ASSERT_EQ(1UL << place, kernels::markQuery(block.get(), count));
+        }
+    }
+}
+
 } // namespace
