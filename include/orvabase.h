@@ -42,6 +42,7 @@
 #include "OCStreamWriter.h"
 #include "OCStringArray.h"
 #include "OCStringConversion.h"
+#include "OCStringFilter.h"
 #include "OCStringList.h"
 #include "OCStringTable.h"
 #include "OCStringUtilities.h"

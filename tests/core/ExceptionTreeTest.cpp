@@ -119,6 +119,7 @@ void expectAllFamilies() {
     expectFamily<OXStream, OXAutoException>();
     expectFamily<OXStreamTransfer, OXStream>();
     expectFamily<OXString, OXAutoException>();
+    expectFamily<OXStringFilter, OXAutoException>();
     expectFamily<OXStringList, OXAutoException>();
     expectFamily<OXStringTable, OXAutoException>();
     expectFamily<OXStringTableRow, OXStringTable>();
@@ -271,6 +272,10 @@ void expectAllLeaves() {
     expectLeaf<OXStream_ReadError, OXStream>("OXStream_ReadError", "Read from the stream failed");
     expectLeaf<OXStream_WriteError, OXStream>("OXStream_WriteError",
                                               "Writing to the stream failed");
+    expectLeaf<OXStringFilter_DecodeError, OXStringFilter>("OXStringFilter_DecodeError",
+                                                           "Error while decoding the string");
+    expectLeaf<OXStringFilter_EncodeError, OXStringFilter>("OXStringFilter_EncodeError",
+                                                           "Error while decoding the string");
     expectLeaf<OXStringList_NoSuchIndex, OXStringList>("OXStringList_NoSuchIndex",
                                                        "String list index out of bounds (7)", 7UL);
     expectLeaf<OXStringList_NullString, OXStringList>(
