@@ -8,6 +8,7 @@
 #include "OCApplicationArguments.h"
 #include "OCBase64.h"
 #include "OCBoolean.h"
+#include "OCChildProcess.h"
 #include "OCCoreRing.h"
 #include "OCCountdown.h"
 #include "OCDateTime.h"

@@ -96,6 +96,7 @@ void expectLeaf(const char* name, const char* message, Arguments... arguments) {
 void expectAllFamilies() {
     expectFamily<OXBooleanConversion, OXAutoException>();
     expectFamily<OXBooleanConversion_ConvertError, OXBooleanConversion>();
+    expectFamily<OXChildProcess, OXAutoException>();
     expectFamily<OXCountdown, OXAutoException>();
     expectFamily<OXDateTime, OXAutoException>();
     expectFamily<OXDateTimeParser, OXDateTime>();
@@ -136,6 +137,15 @@ void expectAllFamilies() {
 void expectAllLeaves() {
     expectLeaf<OXBooleanConversion_ConvertStringError, OXBooleanConversion_ConvertError>(
         "OXBooleanConversion_ConvertStringError", "Error converting string to boolean");
+    expectLeaf<OXChildProcess_ExecuteError, OXChildProcess>(
+        "OXChildProcess_ExecuteError",
+        "Executing the child process failed (No such file or directory)", missing);
+    expectLeaf<OXChildProcess_UnexpectedSignal, OXChildProcess>(
+        "OXChildProcess_UnexpectedSignal", "Unexpected signal in child process (15)", 15u);
+    expectLeaf<OXChildProcess_WaitFailed, OXChildProcess>("OXChildProcess_WaitFailed",
+                                                          "Waiting for the child process failed");
+    expectLeaf<OXChildProcess_WaitTimeout, OXChildProcess>(
+        "OXChildProcess_WaitTimeout", "Waiting for the child process timed out");
     expectLeaf<OXCountdown_AcquireTimeError, OXCountdown>("OXCountdown_AcquireTimeError",
                                                           "Error acquiring the current time");
     expectLeaf<OXDateTimeParser_SyntaxError, OXDateTimeParser>(
