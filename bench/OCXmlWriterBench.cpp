@@ -36,7 +36,7 @@ const OCWideString elementName(L"item");
 const OCWideString identifierName(L"identifier");
 const OCWideString titleName(L"title");
 
-void writeWithLibrary(bool indented) {
+void writeWithLibrary(const Values& values, bool indented) {
     OCMemoryStream stream;
     OCXmlWriterOutput output(stream, XmlEncodingAnsi);
     output.setIndent(indented);
@@ -45,8 +45,8 @@ void writeWithLibrary(bool indented) {
     writer.startElement(rootName);
     for (unsigned long i = 0; i < elements; ++i) {
         OCXmlWriterElementAttributeList attributes;
-        attributes.addAttribute(identifierName, values().wide[i % 1000]);
-        attributes.addAttribute(titleName, values().wide[(i + 500) % 1000]);
+        attributes.addAttribute(identifierName, values.wide[i % 1000]);
+        attributes.addAttribute(titleName, values.wide[(i + 500) % 1000]);
         writer.emptyElement(elementName, attributes);
     }
     writer.closeElements();
@@ -57,7 +57,7 @@ const xmlChar* text(const char* characters) {
     return reinterpret_cast<const xmlChar*>(characters);
 }
 
-void writeWithLibxml(bool indented) {
+void writeWithLibxml(const Values& values, bool indented) {
     const xmlBufferPtr buffer = xmlBufferCreate();
     const xmlTextWriterPtr writer = xmlNewTextWriterMemory(buffer, 0);
     xmlTextWriterSetIndent(writer, indented ? 1 : 0);
@@ -67,9 +67,9 @@ void writeWithLibxml(bool indented) {
     for (unsigned long i = 0; i < elements; ++i) {
         xmlTextWriterStartElement(writer, text("item"));
         xmlTextWriterWriteAttribute(writer, text("identifier"),
-                                    text(values().narrow[i % 1000].c_str()));
+                                    text(values.narrow[i % 1000].c_str()));
         xmlTextWriterWriteAttribute(writer, text("title"),
-                                    text(values().narrow[(i + 500) % 1000].c_str()));
+                                    text(values.narrow[(i + 500) % 1000].c_str()));
         xmlTextWriterEndElement(writer);
     }
     xmlTextWriterEndDocument(writer);
@@ -79,15 +79,13 @@ void writeWithLibxml(bool indented) {
 }
 
 void writeOrvabase(benchmark::State& state, bool indented) {
-    values();
     for (auto _ : state)
-        writeWithLibrary(indented);
+        writeWithLibrary(values(), indented);
 }
 
 void writeLibxml(benchmark::State& state, bool indented) {
-    values();
     for (auto _ : state)
-        writeWithLibxml(indented);
+        writeWithLibxml(values(), indented);
 }
 
 BENCHMARK_CAPTURE(writeOrvabase, indented, true)

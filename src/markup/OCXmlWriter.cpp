@@ -3,6 +3,7 @@
 #include "OCMemory.h"
 #include "OCStringUtilities.h"
 #include "core/OCKernels.h"
+#include "strings/WideCopy.h"
 
 #include <cstring>
 #include <memory>
@@ -15,7 +16,7 @@ namespace kernels = orvabase::kernels;
 constexpr unsigned long indentation = 2;
 
 wchar_t* put(wchar_t* to, const wchar_t* text, unsigned long count) noexcept {
-    std::memcpy(to, text, count * sizeof(wchar_t));
+    orvabase::copyCharacters(to, text, count);
     return to + count;
 }
 
