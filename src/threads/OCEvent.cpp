@@ -84,6 +84,10 @@ bool OCEvent::waitFor(unsigned int milliseconds) {
     struct timespec deadline;
     buildTimeout(&deadline, milliseconds);
     while (state != EventStateSignalled) {
+        // A deadline in whole milliseconds that begins now has passed. The system would put the
+        // thread to sleep all the same, for the slack of its timers.
+        if (milliseconds == 0)
+            return false;
         const int result = pthread_cond_timedwait(&condition, mutex.internalStructure(), &deadline);
         if (result == ETIMEDOUT)
             return false;
