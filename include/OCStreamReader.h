@@ -51,9 +51,9 @@ public:
     }
     /// The same, and goes on to the next character.
     bool readCharacter(char& c) {
+        if (position >= filled && !fetch())
+            return false;
         const unsigned long at = position;
-        if (at >= filled)
-            return fetchCharacter(c);
         position = at + 1;
         c = buffer.getData()[at];
         return true;
@@ -62,8 +62,8 @@ public:
 private:
     friend class orvabase::StreamRuns;
 
+    // Without the character, so that the caller's may stay in a register.
     bool fetch();
-    bool fetchCharacter(char& c);
 
     OCMemoryBuffer buffer;
     OCStream& stream;

@@ -75,22 +75,27 @@ void plainEncodeBase64Lines(char* to, const char* from, unsigned long lines) noe
     }
 }
 
-unsigned long plainDecodeBase64(char* to, const char* from, unsigned long groups) noexcept {
-    for (unsigned long i = 0; i < groups; ++i) {
-        const int* const values = base64Values.values;
-        const int a = values[byteAt(from)];
-        const int b = values[byteAt(from + 1)];
-        const int c = values[byteAt(from + 2)];
-        const int d = values[byteAt(from + 3)];
+Decoded plainDecodeBase64(char* to, unsigned long room, const char* from,
+                          unsigned long count) noexcept {
+    const int* const values = base64Values.values;
+    unsigned long read = 0;
+    unsigned long written = 0;
+    for (;; read += 4, written += 3) {
+        while (read < count && static_cast<signed char>(from[read]) < 32)
+            ++read;
+        if (count - read < 4 || room - written < 3)
+            break;
+        const int a = values[byteAt(from + read)];
+        const int b = values[byteAt(from + read + 1)];
+        const int c = values[byteAt(from + read + 2)];
+        const int d = values[byteAt(from + read + 3)];
         if ((a | b | c | d) < 0)
-            return i;
-        to[0] = static_cast<char>(a << 2 | b >> 4);
-        to[1] = static_cast<char>(b << 4 | c >> 2);
-        to[2] = static_cast<char>(c << 6 | d);
-        from += 4;
-        to += 3;
+            break;
+        to[written] = static_cast<char>(a << 2 | b >> 4);
+        to[written + 1] = static_cast<char>(b << 4 | c >> 2);
+        to[written + 2] = static_cast<char>(c << 6 | d);
     }
-    return groups;
+    return {read, written};
 }
 
 void plainEncodeHex(char* to, const char* from, unsigned long count) noexcept {
@@ -136,8 +141,8 @@ void encodeBase64Lines(char* to, const char* from, unsigned long lines) noexcept
     chosen->encodeBase64Lines(to, from, lines);
 }
 
-unsigned long decodeBase64(char* to, const char* from, unsigned long groups) noexcept {
-    return chosen->decodeBase64(to, from, groups);
+Decoded decodeBase64(char* to, unsigned long room, const char* from, unsigned long count) noexcept {
+    return chosen->decodeBase64(to, room, from, count);
 }
 
 void encodeHex(char* to, const char* from, unsigned long count) noexcept {

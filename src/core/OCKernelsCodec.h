@@ -10,9 +10,15 @@ namespace orvabase::kernels {
 void encodeBase64(char* to, const char* from, unsigned long groups) noexcept;
 /// Encodes `lines` times 48 bytes to 64 characters, CR and LF.
 void encodeBase64Lines(char* to, const char* from, unsigned long lines) noexcept;
-/// Decodes groups of 4 characters to 3 bytes each, up to the first group with a character outside
-/// the alphabet. Returns how many; all `3 * groups` bytes of `to` may be changed.
-unsigned long decodeBase64(char* to, const char* from, unsigned long groups) noexcept;
+/// Where decoding has come to: how many characters were read and how many bytes written.
+struct Decoded {
+    unsigned long read;
+    unsigned long written;
+};
+/// Decodes groups of 4 characters to 3 bytes each and passes over control characters (whose signed
+/// value is below 32) between them. Stops before the first group that is not made of 4 characters
+/// of the alphabet in a row, or for which there is no room. All of the room may be changed.
+Decoded decodeBase64(char* to, unsigned long room, const char* from, unsigned long count) noexcept;
 /// Writes two lower-case hexadecimal digits for each byte.
 void encodeHex(char* to, const char* from, unsigned long count) noexcept;
 /// The same with `separator` behind each two digits.

@@ -80,8 +80,8 @@ KERNEL_TARGET void avx2EncodeBase64Lines(char* to, const char* from, unsigned lo
     }
 }
 
-KERNEL_TARGET unsigned long avx2DecodeBase64(char* to, const char* from,
-                                             unsigned long groups) noexcept {
+KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char* from,
+                                       unsigned long count) noexcept {
     // A character is foreign when the sets that belong to its two digits have a bit in common: each
     // bit of the low digit's set stands for high digits with which it is none of the alphabet.
     const __m256i lowSets =
@@ -97,26 +97,44 @@ KERNEL_TARGET unsigned long avx2DecodeBase64(char* to, const char* from,
     const __m256i slash = _mm256_set1_epi8('/');
     const __m256i places = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-    unsigned long done = 0;
-    for (; groups - done >= 8; done += 8) {
-        const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+    const __m256i zero = _mm256_setzero_si256();
+    unsigned long read = 0;
+    unsigned long written = 0;
+    while (count - read >= 32 && room - written >= 24) {
+        const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + read));
         const __m256i high = _mm256_and_si256(_mm256_srli_epi32(in, 4), slash);
         const __m256i low = _mm256_and_si256(in, slash);
-        if (!_mm256_testz_si256(_mm256_shuffle_epi8(lowSets, low),
-                                _mm256_shuffle_epi8(highSets, high)))
-            break;
+        const __m256i known =
+            _mm256_cmpeq_epi8(_mm256_and_si256(_mm256_shuffle_epi8(lowSets, low),
+                                               _mm256_shuffle_epi8(highSets, high)),
+                              zero);
         const __m256i rows = _mm256_add_epi8(high, _mm256_cmpeq_epi8(in, slash));
         const __m256i values = _mm256_add_epi8(in, _mm256_shuffle_epi8(distances, rows));
         const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
         const __m256i quads = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
         const __m256i packed = _mm256_permutevar8x32_epi32(
             _mm256_shuffle_epi8(quads, places), _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-        storeHalf(to, _mm256_castsi256_si128(packed));
-        storeQuarter(to + 16, _mm256_extracti128_si256(packed, 1));
-        from += 32;
-        to += 24;
+        storeHalf(to + written, _mm256_castsi256_si128(packed));
+        storeQuarter(to + written + 16, _mm256_extracti128_si256(packed, 1));
+        const unsigned int foreign = ~static_cast<unsigned int>(_mm256_movemask_epi8(known));
+        if (foreign == 0) {
+            read += 32;
+            written += 24;
+            continue;
+        }
+        // What was stored counts up to the group of the first foreign character.
+        const unsigned int place = static_cast<unsigned int>(__builtin_ctz(foreign));
+        read += place / 4 * 4;
+        written += place / 4 * 3;
+        if (place % 4 != 0 || static_cast<signed char>(from[read]) >= 32)
+            return {read, written};
+        do
+            ++read;
+        while (read < count && static_cast<signed char>(from[read]) < 32);
     }
-    return done + plainCodecForm.decodeBase64(to, from, groups - done);
+    const Decoded rest =
+        plainCodecForm.decodeBase64(to + written, room - written, from + read, count - read);
+    return {read + rest.read, written + rest.written};
 }
 
 // Hexadecimal digits

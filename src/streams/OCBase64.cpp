@@ -224,24 +224,11 @@ void OCBase64Decoder::decode(OCStream& source, OCStream& target) {
 /// Decodes the blocks for which no stream has to be called and of which nothing is cut, like
 /// `encodeRun`. Characters to be passed over before a block are read as that block would.
 void OCBase64Decoder::decodeRun(OCBase64DecoderReader& reader, OCBase64DecoderWriter& writer) {
-    const char* const in = StreamRuns::fetched(reader.reader);
-    const unsigned long count = StreamRuns::fetchedCount(reader.reader);
-    char* const out = StreamRuns::room(writer.writer);
-    const unsigned long room = StreamRuns::roomCount(writer.writer);
-    unsigned long read = 0;
-    unsigned long written = 0;
-    for (;;) {
-        const unsigned long groups = smaller((count - read) / 4, (room - written) / 3);
-        const unsigned long done = kernels::decodeBase64(out + written, in + read, groups);
-        read += 4 * done;
-        written += 3 * done;
-        if (done == groups || !isPassedOver(in[read]))
-            break;
-        while (read < count && isPassedOver(in[read]))
-            ++read;
-    }
-    StreamRuns::skip(reader.reader, read);
-    StreamRuns::add(writer.writer, written);
+    const kernels::Decoded done = kernels::decodeBase64(
+        StreamRuns::room(writer.writer), StreamRuns::roomCount(writer.writer),
+        StreamRuns::fetched(reader.reader), StreamRuns::fetchedCount(reader.reader));
+    StreamRuns::skip(reader.reader, done.read);
+    StreamRuns::add(writer.writer, done.written);
 }
 
 unsigned int OCBase64Decoder::length(const char* block, unsigned int count) const noexcept {

@@ -28,10 +28,3 @@ bool OCStreamReader::fetch() {
     filled = n < bufferSize ? n : bufferSize;
     return true;
 }
-
-bool OCStreamReader::fetchCharacter(char& c) {
-    if (!previewCharacter(c))
-        return false;
-    ++position;
-    return true;
-}
