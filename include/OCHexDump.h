@@ -39,6 +39,7 @@ public:
 
 private:
     char* writeBytes(char* to, const char* bytes, unsigned long count) const;
+    char* writeLines(char* to, const char* bytes, unsigned long lines, unsigned long perLine) const;
 
     OCAnsiString byteSeparator;
     OCAnsiString lineSeparator;

@@ -113,6 +113,17 @@ void plainEncodeHexSeparated(char* to, const char* from, unsigned long count,
     }
 }
 
+void plainEncodeHexLines(char* to, const char* from, unsigned long lines, unsigned long perLine,
+                         char separator, const char* end, unsigned long endCount) noexcept {
+    for (; lines > 0; --lines) {
+        plainEncodeHexSeparated(to, from, perLine, separator);
+        from += perLine;
+        to += 3 * perLine;
+        std::memcpy(to, end, endCount);
+        to += endCount;
+    }
+}
+
 /// Good from the start, and changed once at most: while the library is loaded.
 const CodecForm* chosen = &plainCodecForm;
 
@@ -125,8 +136,8 @@ __attribute__((constructor(101))) void choose() noexcept {
 } // namespace
 
 const CodecForm plainCodecForm = {
-    "plain",           plainEncodeBase64, plainEncodeBase64Lines,
-    plainDecodeBase64, plainEncodeHex,    plainEncodeHexSeparated,
+    "plain",        plainEncodeBase64,       plainEncodeBase64Lines, plainDecodeBase64,
+    plainEncodeHex, plainEncodeHexSeparated, plainEncodeHexLines,
 };
 
 const CodecForm& codecFormInUse() noexcept {
@@ -151,6 +162,11 @@ void encodeHex(char* to, const char* from, unsigned long count) noexcept {
 
 void encodeHexSeparated(char* to, const char* from, unsigned long count, char separator) noexcept {
     chosen->encodeHexSeparated(to, from, count, separator);
+}
+
+void encodeHexLines(char* to, const char* from, unsigned long lines, unsigned long perLine,
+                    char separator, const char* end, unsigned long endCount) noexcept {
+    chosen->encodeHexLines(to, from, lines, perLine, separator, end, endCount);
 }
 
 } // namespace orvabase::kernels

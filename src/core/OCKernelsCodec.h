@@ -23,6 +23,9 @@ Decoded decodeBase64(char* to, unsigned long room, const char* from, unsigned lo
 void encodeHex(char* to, const char* from, unsigned long count) noexcept;
 /// The same with `separator` behind each two digits.
 void encodeHexSeparated(char* to, const char* from, unsigned long count, char separator) noexcept;
+/// The same for `lines` times `perLine` bytes, with the text `end` behind each of these.
+void encodeHexLines(char* to, const char* from, unsigned long lines, unsigned long perLine,
+                    char separator, const char* end, unsigned long endCount) noexcept;
 
 /// One way to do all of that.
 struct CodecForm {
@@ -32,6 +35,7 @@ struct CodecForm {
     decltype(&kernels::decodeBase64) decodeBase64;
     decltype(&kernels::encodeHex) encodeHex;
     decltype(&kernels::encodeHexSeparated) encodeHexSeparated;
+    decltype(&kernels::encodeHexLines) encodeHexLines;
 };
 
 /// By tables, for every machine. (SSE2 has no instruction that looks bytes up.)

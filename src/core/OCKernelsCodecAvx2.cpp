@@ -80,8 +80,9 @@ KERNEL_TARGET void avx2EncodeBase64Lines(char* to, const char* from, unsigned lo
     }
 }
 
-KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char* from,
-                                       unsigned long count) noexcept {
+/// Decodes 32 characters to 24 bytes. A bit of the result tells that its character is foreign:
+/// those from its group on were not decoded.
+KERNEL_INLINE unsigned int decodeBytes(char* to, const char* from) {
     // A character is foreign when the sets that belong to its two digits have a bit in common: each
     // bit of the low digit's set stands for high digits with which it is none of the alphabet.
     const __m256i lowSets =
@@ -93,36 +94,50 @@ KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char*
     // From a character to its value, by its high digit; "/" stands one before those of "+".
     const __m256i distances = _mm256_broadcastsi128_si256(_mm_setr_epi8(
         0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0));
-    // Only the low four bits of an index, and the highest, count: 0x2F keeps that one clear.
-    const __m256i slash = _mm256_set1_epi8('/');
     const __m256i places = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-    const __m256i zero = _mm256_setzero_si256();
+    // Only the low four bits of an index, and the highest, count: 0x2F keeps that one clear.
+    const __m256i slash = _mm256_set1_epi8('/');
+    const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+    const __m256i high = _mm256_and_si256(_mm256_srli_epi32(in, 4), slash);
+    const __m256i low = _mm256_and_si256(in, slash);
+    const __m256i known = _mm256_cmpeq_epi8(
+        _mm256_and_si256(_mm256_shuffle_epi8(lowSets, low), _mm256_shuffle_epi8(highSets, high)),
+        _mm256_setzero_si256());
+    const __m256i rows = _mm256_add_epi8(high, _mm256_cmpeq_epi8(in, slash));
+    const __m256i values = _mm256_add_epi8(in, _mm256_shuffle_epi8(distances, rows));
+    const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
+    const __m256i quads = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
+    const __m256i packed = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(quads, places),
+                                                       _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
+    storeHalf(to, _mm256_castsi256_si128(packed));
+    storeQuarter(to + 16, _mm256_extracti128_si256(packed, 1));
+    return ~static_cast<unsigned int>(_mm256_movemask_epi8(known));
+}
+
+KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char* from,
+                                       unsigned long count) noexcept {
     unsigned long read = 0;
     unsigned long written = 0;
     while (count - read >= 32 && room - written >= 24) {
-        const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + read));
-        const __m256i high = _mm256_and_si256(_mm256_srli_epi32(in, 4), slash);
-        const __m256i low = _mm256_and_si256(in, slash);
-        const __m256i known =
-            _mm256_cmpeq_epi8(_mm256_and_si256(_mm256_shuffle_epi8(lowSets, low),
-                                               _mm256_shuffle_epi8(highSets, high)),
-                              zero);
-        const __m256i rows = _mm256_add_epi8(high, _mm256_cmpeq_epi8(in, slash));
-        const __m256i values = _mm256_add_epi8(in, _mm256_shuffle_epi8(distances, rows));
-        const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
-        const __m256i quads = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
-        const __m256i packed = _mm256_permutevar8x32_epi32(
-            _mm256_shuffle_epi8(quads, places), _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-        storeHalf(to + written, _mm256_castsi256_si128(packed));
-        storeQuarter(to + written + 16, _mm256_extracti128_si256(packed, 1));
-        const unsigned int foreign = ~static_cast<unsigned int>(_mm256_movemask_epi8(known));
+        // The lines that the encoder makes. Their ends are looked for where they should be, because
+        // finding them makes every step wait for the one before.
+        while (count - read >= 66 && room - written >= 48 && from[read + 64] == '\r' &&
+               from[read + 65] == '\n') {
+            if ((decodeBytes(to + written, from + read) |
+                 decodeBytes(to + written + 24, from + read + 32)) != 0)
+                break;
+            read += 66;
+            written += 48;
+        }
+        if (count - read < 32 || room - written < 24)
+            break;
+        const unsigned int foreign = decodeBytes(to + written, from + read);
         if (foreign == 0) {
             read += 32;
             written += 24;
             continue;
         }
-        // What was stored counts up to the group of the first foreign character.
         const unsigned int place = static_cast<unsigned int>(__builtin_ctz(foreign));
         read += place / 4 * 4;
         written += place / 4 * 3;
@@ -159,31 +174,63 @@ KERNEL_TARGET void avx2EncodeHex(char* to, const char* from, unsigned long count
     plainCodecForm.encodeHex(to, from, count);
 }
 
+/// Writes bytes with a separator behind each.
+class SeparatedHex {
+public:
+    KERNEL_INLINE explicit SeparatedHex(char separatorCharacter)
+        : separator(separatorCharacter),
+          front(_mm_setr_epi8(0, 1, -1, 2, 3, -1, 4, 5, -1, 6, 7, -1, 8, 9, -1, 10)),
+          back(_mm_setr_epi8(11, -1, 12, 13, -1, 14, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1)) {
+        // Where a separator goes, the place is below 0.
+        const __m128i separators = _mm_set1_epi8(separator);
+        frontSeparators = _mm_and_si128(separators, _mm_cmpgt_epi8(_mm_setzero_si128(), front));
+        backSeparators = _mm_and_si128(separators, _mm_cmpgt_epi8(_mm_setzero_si128(), back));
+    }
+
+    KERNEL_INLINE void write(char* to, const char* from, unsigned long count) const {
+        for (; count >= 8; count -= 8) {
+            const __m128i digits = hexDigits(from);
+            storeHalf(to, _mm_or_si128(_mm_shuffle_epi8(digits, front), frontSeparators));
+            storeQuarter(to + 16, _mm_or_si128(_mm_shuffle_epi8(digits, back), backSeparators));
+            from += 8;
+            to += 24;
+        }
+        if (count > 0)
+            plainCodecForm.encodeHexSeparated(to, from, count, separator);
+    }
+
+private:
+    char separator;
+    __m128i front;
+    __m128i back;
+    __m128i frontSeparators;
+    __m128i backSeparators;
+};
+
 KERNEL_TARGET void avx2EncodeHexSeparated(char* to, const char* from, unsigned long count,
                                           char separator) noexcept {
-    const __m128i front = _mm_setr_epi8(0, 1, -1, 2, 3, -1, 4, 5, -1, 6, 7, -1, 8, 9, -1, 10);
-    const __m128i back =
-        _mm_setr_epi8(11, -1, 12, 13, -1, 14, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    // Where a separator goes, the place is below 0.
-    const __m128i separators = _mm_set1_epi8(separator);
-    const __m128i none = _mm_setzero_si128();
-    const __m128i frontSeparators = _mm_and_si128(separators, _mm_cmpgt_epi8(none, front));
-    const __m128i backSeparators = _mm_and_si128(separators, _mm_cmpgt_epi8(none, back));
-    for (; count >= 8; count -= 8) {
-        const __m128i digits = hexDigits(from);
-        storeHalf(to, _mm_or_si128(_mm_shuffle_epi8(digits, front), frontSeparators));
-        storeQuarter(to + 16, _mm_or_si128(_mm_shuffle_epi8(digits, back), backSeparators));
-        from += 8;
-        to += 24;
+    SeparatedHex(separator).write(to, from, count);
+}
+
+KERNEL_TARGET void avx2EncodeHexLines(char* to, const char* from, unsigned long lines,
+                                      unsigned long perLine, char separator, const char* end,
+                                      unsigned long endCount) noexcept {
+    const SeparatedHex hex(separator);
+    for (; lines > 0; --lines) {
+        hex.write(to, from, perLine);
+        from += perLine;
+        to += 3 * perLine;
+        // Most are two characters, too few for a call.
+        for (unsigned long i = 0; i < endCount; ++i)
+            *to++ = end[i];
     }
-    plainCodecForm.encodeHexSeparated(to, from, count, separator);
 }
 
 } // namespace
 
 const CodecForm avx2CodecForm = {
-    "AVX2",           avx2EncodeBase64, avx2EncodeBase64Lines,
-    avx2DecodeBase64, avx2EncodeHex,    avx2EncodeHexSeparated,
+    "AVX2",        avx2EncodeBase64,       avx2EncodeBase64Lines, avx2DecodeBase64,
+    avx2EncodeHex, avx2EncodeHexSeparated, avx2EncodeHexLines,
 };
 
 } // namespace orvabase::kernels

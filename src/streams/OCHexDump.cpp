@@ -61,6 +61,20 @@ char* OCHexDump::writeBytes(char* to, const char* bytes, unsigned long count) co
     }
 }
 
+/// Writes lines of bytes with separators behind all of them.
+char* OCHexDump::writeLines(char* to, const char* bytes, unsigned long lines,
+                            unsigned long perLine) const {
+    if (byteSeparator.getLength() == 1) {
+        const unsigned long endCount = lineSeparator.getLength();
+        kernels::encodeHexLines(to, bytes, lines, perLine, byteSeparator[0],
+                                lineSeparator.getString(), endCount);
+        return to + lines * (3 * perLine + endCount);
+    }
+    for (; lines > 0; --lines, bytes += perLine)
+        to = writeText(writeBytes(to, bytes, perLine), lineSeparator);
+    return to;
+}
+
 OCAnsiString OCHexDump::dumpSingleLine(const void* data, unsigned long size) const {
     OCAnsiString result;
     if (data == nullptr || size == 0)
@@ -82,32 +96,34 @@ OCAnsiString OCHexDump::dumpMultipleLines(const void* data, unsigned long size) 
     // All bytes but the last are followed by a separator and so take the same room.
     const unsigned long separated = size - 1;
     const unsigned long width = 2 + byteSeparator.getLength();
-    const bool isTooWide = width > lineLength;
-    const unsigned long perLine = isTooWide ? 1 : lineLength / width;
+    const bool startsBroken = separated > 0 && width > lineLength;
+    const unsigned long perLine = width > lineLength ? 1 : lineLength / width;
     const unsigned long fullLines = separated / perLine;
     const unsigned long rest = separated % perLine;
     // What stands before the last byte on its line, if it does not go to the next.
     const unsigned long before = (rest > 0 || separated == 0 ? rest : perLine) * width;
     const bool lastBreaks = before + 2 > lineLength;
-    const unsigned long lines = fullLines + (rest > 0 ? 1 : 0);
-    const unsigned long breaks = lines - (lines > 0 && !isTooWide ? 1 : 0) + (lastBreaks ? 1 : 0);
+    // The last byte may share the last full line, too.
+    const bool sharesFullLine = fullLines > 0 && rest == 0 && !lastBreaks;
+    const unsigned long brokenLines = sharesFullLine ? fullLines - 1 : fullLines;
+    const unsigned long leftOver = sharesFullLine ? perLine : rest;
+    const bool breaksLeftOver = lastBreaks && (rest > 0 || separated == 0);
 
     Size length;
     length.add(size, 2);
     length.add(separated, byteSeparator.getLength());
-    length.add(breaks, lineSeparator.getLength());
+    length.add(brokenLines, lineSeparator.getLength());
+    length.add(startsBroken, lineSeparator.getLength());
+    length.add(breaksLeftOver, lineSeparator.getLength());
     result.setLength(length.getTotal());
-    const char* bytes = static_cast<const char*>(data);
+    const char* const bytes = static_cast<const char*>(data);
     char* to = result.getString();
-    for (unsigned long i = 0; i < lines; ++i) {
-        if (i > 0 || isTooWide)
-            to = writeText(to, lineSeparator);
-        const unsigned long n = i < fullLines ? perLine : rest;
-        to = writeBytes(to, bytes, n);
-        bytes += n;
-    }
-    if (lastBreaks)
+    if (startsBroken)
         to = writeText(to, lineSeparator);
-    kernels::encodeHex(to, bytes, 1);
+    to = writeLines(to, bytes, brokenLines, perLine);
+    to = writeBytes(to, bytes + brokenLines * perLine, leftOver);
+    if (breaksLeftOver)
+        to = writeText(to, lineSeparator);
+    kernels::encodeHex(to, bytes + separated, 1);
     return result;
 }

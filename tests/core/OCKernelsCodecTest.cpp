@@ -22,6 +22,7 @@ const CodecForm publicForm = {
     kernels::decodeBase64,
     kernels::encodeHex,
     kernels::encodeHexSeparated,
+    kernels::encodeHexLines,
 };
 
 std::vector<CodecForm> allForms() {
@@ -295,6 +296,26 @@ TEST(KernelsCodec, WritesHexDigitsAtEveryLengthAndAlignment) {
                 form.encodeHexSeparated(separated.get(), from.get(), count, separator);
                 ASSERT_EQ(separated.text(), modelHex(from.text(), std::string(1, separator)))
                     << form.name << ' ' << count;
+            }
+        }
+    }
+}
+
+TEST(KernelsCodec, WritesHexLinesOfEveryLength) {
+    std::mt19937 random(8);
+    for (const CodecForm& form : allForms()) {
+        for (unsigned long perLine = 1; perLine <= 50; ++perLine) {
+            for (unsigned long lines = 0; lines < 5; ++lines) {
+                for (const std::string end : {"", "\n", "\r\n", "a line's end"}) {
+                    const Block from(perLine % 32, randomBytes(random, lines * perLine));
+                    const Block to(lines, lines * (3 * perLine + end.size()));
+                    form.encodeHexLines(to.get(), from.get(), lines, perLine, ':', end.data(),
+                                        end.size());
+                    std::string expected;
+                    for (unsigned long i = 0; i < lines; ++i)
+                        expected += modelHex(from.text().substr(i * perLine, perLine), ":") + end;
+                    ASSERT_EQ(to.text(), expected) << form.name << ' ' << perLine;
+                }
             }
         }
     }
