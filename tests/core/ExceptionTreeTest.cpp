@@ -103,6 +103,8 @@ void expectAllFamilies() {
     expectFamily<OXEnvironmentBlock, OXAutoException>();
     expectFamily<OXEnvironmentVariable, OXAutoException>();
     expectFamily<OXEvent, OXAutoException>();
+    expectFamily<OXFileFinder, OXAutoException>();
+    expectFamily<OXFileManager, OXAutoException>();
     expectFamily<OXFilePath, OXAutoException>();
     expectFamily<OXFileStream, OXHandleStream>();
     expectFamily<OXFileStreamLock, OXFileStream>();
@@ -125,6 +127,8 @@ void expectAllFamilies() {
     expectFamily<OXStringTable, OXAutoException>();
     expectFamily<OXStringTableRow, OXStringTable>();
     expectFamily<OXStringTableRowList, OXStringTable>();
+    expectFamily<OXTemporaryDirectory, OXAutoException>();
+    expectFamily<OXTemporaryFile, OXAutoException>();
     expectFamily<OXThread, OXAutoException>();
     expectFamily<OXThreadPool, OXAutoException>();
     expectFamily<OXUniqueIdentifier, OXAutoException>();
@@ -181,6 +185,18 @@ void expectAllLeaves() {
         missing);
     expectLeaf<OXEvent_WaitError, OXEvent>(
         "OXEvent_WaitError", "Error waiting for synchronization event (No such file or directory)",
+        missing);
+    expectLeaf<OXFileFinder_OpenDirectory, OXFileFinder>(
+        "OXFileFinder_OpenDirectory", "Error opening directory for reading (some/path)",
+        OCFilePath("some/path"));
+    expectLeaf<OXFileManager_CreateDirectoryError, OXFileManager>(
+        "OXFileManager_CreateDirectoryError",
+        "Creating the directory failed (No such file or directory)", missing);
+    expectLeaf<OXFileManager_DeleteDirectoryError, OXFileManager>(
+        "OXFileManager_DeleteDirectoryError",
+        "Deleting the directory failed (No such file or directory)", missing);
+    expectLeaf<OXFileManager_DeleteFileError, OXFileManager>(
+        "OXFileManager_DeleteFileError", "Deleting the file failed (No such file or directory)",
         missing);
     expectLeaf<OXFilePath_ChangeExtensionError, OXFilePath>(
         "OXFilePath_ChangeExtensionError", "Error changing extension of file path");
@@ -297,6 +313,12 @@ void expectAllLeaves() {
         "OXStringTableRow_UnassignedObject", "The string table column is unassigned (7)", 7UL);
     expectLeaf<OXString_NoSuchIndex, OXString>("OXString_NoSuchIndex",
                                                "String index out of bounds (7)", 7UL);
+    expectLeaf<OXTemporaryDirectory_CreateError, OXTemporaryDirectory>(
+        "OXTemporaryDirectory_CreateError",
+        "Can not create the temporary directory (No such file or directory)", missing);
+    expectLeaf<OXTemporaryFile_CreateError, OXTemporaryFile>(
+        "OXTemporaryFile_CreateError",
+        "Can not create the temporary file (No such file or directory)", missing);
     expectLeaf<OXThreadPool_JobRefused, OXThreadPool>("OXThreadPool_JobRefused",
                                                       "The thread pool job was refused");
     expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
