@@ -1,4 +1,4 @@
-// Taking paths apart into drive, directory, filename and extension.
+// Taking a million different paths apart into drive, directory, filename and extension.
 
 #include "OCFilePath.h"
 
@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr std::size_t count = 1000000;
+
 struct Paths {
     std::vector<std::string> texts;
 
@@ -19,7 +21,8 @@ struct Paths {
         static const char* const files[] = {"readme.txt", "archive.tar.gz", "Makefile", ".profile",
                                             "main.cpp",   "index.html",     "core",     "a.out"};
         std::mt19937 random(71);
-        for (int i = 0; i < 1024; ++i) {
+        texts.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
             std::string text;
             for (unsigned long depth = 1 + random() % 6; depth > 0; --depth)
                 text += std::string("/") + names[random() % 10];
@@ -49,7 +52,7 @@ void takeApartWithLibrary(benchmark::State& state) {
         benchmark::DoNotOptimize(directory.getString());
         benchmark::DoNotOptimize(name.getString());
         benchmark::DoNotOptimize(extension.getString());
-        i = (i + 1) % 1024;
+        i = (i + 1) % count;
     }
 }
 
@@ -64,7 +67,7 @@ void takeApartWithFilesystem(benchmark::State& state) {
         benchmark::DoNotOptimize(directory.c_str());
         benchmark::DoNotOptimize(name.c_str());
         benchmark::DoNotOptimize(extension.c_str());
-        i = (i + 1) % 1024;
+        i = (i + 1) % count;
     }
 }
 
