@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string input(reinterpret_cast<const char*>(data) + 2, size - 2);
 
     // As it is, and so often that it goes through the buffers.
-    for (const unsigned long times : {1UL, input.empty() ? 1UL : 1 + 9000 / input.size()}) {
+    for (const unsigned long times : {1UL, input.empty() ? 1UL : 1 + 4500 / input.size()}) {
         std::string text;
         for (unsigned long i = 0; i < times; ++i)
             text += input;
