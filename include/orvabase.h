@@ -15,6 +15,7 @@
 #include "OCDateTimeFormat.h"
 #include "OCDateTimeParser.h"
 #include "OCDtdParser.h"
+#include "OCDynamicLibrary.h"
 #include "OCEnvironment.h"
 #include "OCEvent.h"
 #include "OCExport.h"
@@ -47,7 +48,12 @@
 #include "OCStringList.h"
 #include "OCStringTable.h"
 #include "OCStringUtilities.h"
+#include "OCSystemAccount.h"
+#include "OCSystemDirectories.h"
 #include "OCSystemError.h"
+#include "OCSystemMemory.h"
+#include "OCSystemProcess.h"
+#include "OCSystemProperties.h"
 #include "OCTemporaryDirectory.h"
 #include "OCTemporaryFile.h"
 #include "OCThread.h"
@@ -61,5 +67,6 @@
 #include "OCXmlParserReader.h"
 #include "OCXmlWriter.h"
 #include "OXException.h"
+#include "OXSystem.h"
 
 #endif

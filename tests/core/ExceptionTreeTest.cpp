@@ -100,6 +100,7 @@ void expectAllFamilies() {
     expectFamily<OXCountdown, OXAutoException>();
     expectFamily<OXDateTime, OXAutoException>();
     expectFamily<OXDateTimeParser, OXDateTime>();
+    expectFamily<OXDynamicLibrary, OXAutoException>();
     expectFamily<OXEnvironmentBlock, OXAutoException>();
     expectFamily<OXEnvironmentVariable, OXAutoException>();
     expectFamily<OXEvent, OXAutoException>();
@@ -129,6 +130,14 @@ void expectAllFamilies() {
     expectFamily<OXStringTableRowList, OXStringTable>();
     expectFamily<OXTemporaryDirectory, OXAutoException>();
     expectFamily<OXTemporaryFile, OXAutoException>();
+    expectFamily<OXSystem, OXAutoException>();
+    expectFamily<OXSystemAbstractAccount, OXSystem>();
+    expectFamily<OXSystemDirectories, OXSystem>();
+    expectFamily<OXSystemGroupAccount, OXSystemAbstractAccount>();
+    expectFamily<OXSystemMemory, OXSystem>();
+    expectFamily<OXSystemProcess, OXSystem>();
+    expectFamily<OXSystemProperties, OXSystem>();
+    expectFamily<OXSystemUserAccount, OXSystemAbstractAccount>();
     expectFamily<OXThread, OXAutoException>();
     expectFamily<OXThreadPool, OXAutoException>();
     expectFamily<OXUniqueIdentifier, OXAutoException>();
@@ -163,6 +172,18 @@ void expectAllLeaves() {
                                                     "Error converting date/time");
     expectLeaf<OXDateTime_RepresentError, OXDateTime>("OXDateTime_RepresentExport",
                                                       "Error representing date/time");
+    expectLeaf<OXDynamicLibrary_LoadError, OXDynamicLibrary>(
+        "OXDynamicLibrary_LoadError", "Error loading dynamic library (a path)",
+        OCFilePath("a path"));
+    expectLeaf<OXDynamicLibrary_LoadError, OXDynamicLibrary>(
+        "OXDynamicLibrary_LoadError", "Error loading dynamic library (a path, a text)",
+        OCFilePath("a path"), OCAnsiString("a text"));
+    expectLeaf<OXDynamicLibrary_LocateCodeError, OXDynamicLibrary>(
+        "OXDynamicLibrary_LocateCodeError", "Can not locate code in dynamic library (a text)",
+        OCAnsiString("a text"));
+    expectLeaf<OXDynamicLibrary_LocateDataError, OXDynamicLibrary>(
+        "OXDynamicLibrary_LocateDataError", "Can not locate data in dynamic library (a text)",
+        OCAnsiString("a text"));
     expectLeaf<OXEnvironmentBlock_ReadProcessEnvironment, OXEnvironmentBlock>(
         "OXEnvironmentBlock_ReadProcessEnvironment", "Error reading process environment variables");
     expectLeaf<OXEnvironmentVariable_DeleteVariable, OXEnvironmentVariable>(
@@ -321,6 +342,49 @@ void expectAllLeaves() {
         "Can not create the temporary file (No such file or directory)", missing);
     expectLeaf<OXThreadPool_JobRefused, OXThreadPool>("OXThreadPool_JobRefused",
                                                       "The thread pool job was refused");
+    expectLeaf<OXSystemDirectories_LocateHomeError, OXSystemDirectories>(
+        "OXSystemDirectories_LocateHomeError", "Error locating home directory");
+    expectLeaf<OXSystemDirectories_LocateHomeError, OXSystemDirectories>(
+        "OXSystemDirectories_LocateHomeError",
+        "Error locating home directory (No such file or directory)", missing);
+    expectLeaf<OXSystemGroupAccount_FindGroupError, OXSystemGroupAccount>(
+        "OXSystemGroupAccount_FindGroupError", "Error finding group account");
+    expectLeaf<OXSystemGroupAccount_FindGroupError, OXSystemGroupAccount>(
+        "OXSystemGroupAccount_FindGroupError",
+        "Error finding group account (No such file or directory)", missing);
+    expectLeaf<OXSystemGroupAccount_InitializeBufferError, OXSystemGroupAccount>(
+        "OXSystemGroupAccount_InitializeBufferError",
+        "Error initializing buffer for group account (No such file or directory)", missing);
+    expectLeaf<OXSystemMemory_MeasureMemoryError, OXSystemMemory>(
+        "OXSystemMemory_MeasureMemoryError", "Error measuring physical memory");
+    expectLeaf<OXSystemMemory_MeasureSwapError, OXSystemMemory>("OXSystemMemory_MeasureSwapError",
+                                                                "Error measuring swap memory");
+    expectLeaf<OXSystemProcess_GetAffinityError, OXSystemProcess>(
+        "OXSystemProcess_GetAffinityError", "Error getting process affinity");
+    expectLeaf<OXSystemProcess_LocateCurrentDirectoryError, OXSystemProcess>(
+        "OXSystemProcess_LocateCurrentDirectoryError", "Error locating current directory");
+    expectLeaf<OXSystemProcess_LocateCurrentExecutableError, OXSystemProcess>(
+        "OXSystemProcess_LocateCurrentExecutableError", "Error locating current executable");
+    expectLeaf<OXSystemProcess_SetAffinityError, OXSystemProcess>(
+        "OXSystemProcess_SetAffinityError", "Error setting process affinity");
+    expectLeaf<OXSystemProcess_SetGroupIdentifierError, OXSystemProcess>(
+        "OXSystemProcess_SetGroupIdentifierError",
+        "Error setting group identifier (No such file or directory)", missing);
+    expectLeaf<OXSystemProcess_SetUserIdentifierError, OXSystemProcess>(
+        "OXSystemProcess_SetUserIdentifierError",
+        "Error setting user identifier (No such file or directory)", missing);
+    expectLeaf<OXSystemProperties_GetNodeNameError, OXSystemProperties>(
+        "OXSystemProperties_GetNodeNameError", "Error getting the node name of the system");
+    expectLeaf<OXSystemProperties_SwitchModeError, OXSystemProperties>(
+        "OXSystemProperties_SwitchModeError", "Error switching the system mode");
+    expectLeaf<OXSystemUserAccount_FindUserError, OXSystemUserAccount>(
+        "OXSystemUserAccount_FindUserError", "Error finding user account");
+    expectLeaf<OXSystemUserAccount_FindUserError, OXSystemUserAccount>(
+        "OXSystemUserAccount_FindUserError",
+        "Error finding user account (No such file or directory)", missing);
+    expectLeaf<OXSystemUserAccount_InitializeBufferError, OXSystemUserAccount>(
+        "OXSystemUserAccount_InitializeBufferError",
+        "Error initializing buffer for user account (No such file or directory)", missing);
     expectLeaf<OXThread_CreateError, OXThread>("OXThread_CreateError", "Error creating thread");
     expectLeaf<OXThread_WaitError, OXThread>("OXThread_WaitError", "Error waiting for thread");
     expectLeaf<OXUniqueIdentifier_MalformedString, OXUniqueIdentifier>(

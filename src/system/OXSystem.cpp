@@ -1,0 +1,4 @@
+#include "OXSystem.h"
+
+OXSystem::OXSystem() = default;
+OXSystem::~OXSystem() noexcept = default;
