@@ -562,9 +562,9 @@ TEST(OCResourceLocator, DoesWhatTheModelDoes) {
 
 /// The size of a hostile text. Programs that were not optimised are slow.
 #ifdef __OPTIMIZE__
-constexpr unsigned long large = (fault::sanitized ? 4UL : 64UL) * 1024 * 1024;
+constexpr unsigned long large = 64UL * 1024 * 1024;
 #else
-constexpr unsigned long large = (fault::sanitized ? 1UL : 8UL) * 1024 * 1024;
+constexpr unsigned long large = (fault::sanitized ? 4UL : 8UL) * 1024 * 1024;
 #endif
 
 TEST(OCResourceLocatorHostileInput, ReadsAndWritesLargeTexts) {
