@@ -44,6 +44,12 @@ constexpr unsigned long sortedFrom = 16;
 /// How many elements ahead a loop over a list fetches their names.
 constexpr unsigned long namesFetchedAhead = 16;
 
+/// Fetches a name's length and, when it is short, its text.
+void fetchName(const OCAnsiString& name) {
+    __builtin_prefetch(&name);
+    __builtin_prefetch(reinterpret_cast<const char*>(&name + 1) - 1);
+}
+
 /// An array of plain values for the time of an operation; they have no defined value at first.
 template<class Value>
 class Scratch {
@@ -425,12 +431,19 @@ bool OCNamedList::indexOf(const OCAnsiString& name, unsigned long& index) const 
 
 bool OCNamedList::indexOfSorted(const OCAnsiString& name, unsigned long& index) const {
     const OEStringCase sense = getSense();
+    const OCObject* const* const slots = elements.elements;
+    const auto named = [slots](unsigned long i) -> const OCAnsiString& {
+        return static_cast<const OCNamedElement*>(slots[i])->name;
+    };
     unsigned long low = 0;
     unsigned long high = getCount();
     while (low < high) {
         // The middle of `low` and the last index, which is one below `high`.
         const unsigned long middle = low + (high - 1 - low) / 2;
-        const OECompareResult result = elementAt(middle).name.compare(name, sense);
+        // The two that may be looked at next are fetched meanwhile.
+        fetchName(named(low + (middle - low) / 2));
+        fetchName(named(middle + (high - middle) / 2));
+        const OECompareResult result = named(middle).compare(name, sense);
         if (result == CompareResultEqual) {
             index = middle;
             return true;
@@ -447,11 +460,8 @@ bool OCNamedList::indexOfSorted(const OCAnsiString& name, unsigned long& index) 
 bool OCNamedList::indexOfUnsorted(const OCAnsiString& name, unsigned long& index) const {
     const unsigned long count = getCount();
     for (unsigned long i = 0; i < count; ++i) {
-        if (i + namesFetchedAhead < count) {
-            const OCAnsiString& ahead = elementAt(i + namesFetchedAhead).name;
-            __builtin_prefetch(&ahead);
-            __builtin_prefetch(reinterpret_cast<const char*>(&ahead + 1) - 1);
-        }
+        if (i + namesFetchedAhead < count)
+            fetchName(elementAt(i + namesFetchedAhead).name);
         if (elementAt(i).name.getLength() == name.getLength() && isNamed(i, name)) {
             index = i;
             return true;

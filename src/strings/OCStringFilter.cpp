@@ -5,6 +5,7 @@
 #include "streams/StreamRuns.h"
 
 #include <algorithm>
+#include <cstring>
 #include <typeinfo>
 
 using orvabase::StreamRuns;
@@ -142,12 +143,54 @@ unsigned long countPassed(const Reading& reading, const char* text, unsigned lon
     return i;
 }
 
-void copyRun(char* to, const char* from, unsigned long count) {
-    stringCopy(to, from, count);
+/// Puts `masked` for each of `count` characters at `to`.
+void maskTable(char* to, const char* masked, const char* from, unsigned long count) {
+    unsigned long i = 0;
+    // Four at a time: each takes a cycle then, and nearly two otherwise.
+    for (; i + 4 <= count; i += 4) {
+        const char a = masked[asByte(from[i])];
+        const char b = masked[asByte(from[i + 1])];
+        const char c = masked[asByte(from[i + 2])];
+        const char d = masked[asByte(from[i + 3])];
+        to[i] = a;
+        to[i + 1] = b;
+        to[i + 2] = c;
+        to[i + 3] = d;
+    }
+    for (; i < count; ++i)
+        to[i] = masked[asByte(from[i])];
 }
 
-void copyRun(wchar_t* to, const char* from, unsigned long count) {
-    orvabase::kernels::widen(to, from, count);
+/// The same for the mask of IA5, eight at a time.
+void maskIa5(char* to, const char* from, unsigned long count) {
+    constexpr unsigned long each = 0x0101010101010101;
+    unsigned long i = 0;
+    for (; i + 8 <= count; i += 8) {
+        unsigned long word = 0;
+        std::memcpy(&word, from + i, 8);
+        const unsigned long replaced = (word >> 7 & each) * 0xff;
+        word = (word & ~replaced) | (replaced & ('.' * each));
+        std::memcpy(to + i, &word, 8);
+    }
+    maskTable(to + i, ia5.masked, from + i, count - i);
+}
+
+void maskRun(char* to, const char* masked, const char* from, unsigned long count) {
+    if (masked == octets.masked)
+        stringCopy(to, from, count);
+    else if (masked == ia5.masked)
+        maskIa5(to, from, count);
+    else
+        maskTable(to, masked, from, count);
+}
+
+void maskRun(wchar_t* to, const char* masked, const char* from, unsigned long count) {
+    if (masked == octets.masked) {
+        orvabase::kernels::widen(to, from, count);
+        return;
+    }
+    for (unsigned long i = 0; i < count; ++i)
+        to[i] = masked[asByte(from[i])];
 }
 
 /// Puts what `count` characters read as at `to` and returns the length of that.
@@ -157,12 +200,7 @@ unsigned long readRun(const Reading& reading, Character* to, const char* text,
     const char* const outcome = reading.outcome;
     const bool* const kept = reading.kept;
     if (kept == octets.valid) {
-        if (outcome == octets.masked) {
-            copyRun(to, text, count);
-        } else {
-            for (unsigned long i = 0; i < count; ++i)
-                to[i] = outcome[asByte(text[i])];
-        }
+        maskRun(to, outcome, text, count);
         return count;
     }
     unsigned long length = 0;
@@ -206,9 +244,7 @@ void writeText(OCStreamWriter& writer, const char* masked, const OCAnsiString& t
     unsigned long count = text.getLength();
     while (count != 0) {
         const unsigned long run = std::min(count, StreamRuns::roomCount(writer));
-        char* const to = StreamRuns::room(writer);
-        for (unsigned long i = 0; i < run; ++i)
-            to[i] = masked[asByte(from[i])];
+        maskRun(StreamRuns::room(writer), masked, from, run);
         StreamRuns::add(writer, run);
         from += run;
         count -= run;
