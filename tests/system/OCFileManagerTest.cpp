@@ -105,7 +105,7 @@ class NameOrder {
 public:
     explicit NameOrder(bool descending)
         : opening(calls::opendir,
-                  [=](const char* path) {
+                  [this, descending](const char* path) {
                       DIR* const stream = calls::opendir.original(path);
                       std::vector<struct dirent>& entries = listings[stream];
                       entries.clear();
