@@ -16,6 +16,8 @@ struct Form {
     decltype(&kernels::findTextFolded) findTextFolded;
     decltype(&kernels::mismatch) mismatch;
     decltype(&kernels::mismatchFolded) mismatchFolded;
+    decltype(&kernels::skipWhiteSpace) skipWhiteSpace;
+    decltype(&kernels::skipHtmlName) skipHtmlName;
     decltype(&kernels::foldLower) foldLower;
     decltype(&kernels::foldUpper) foldUpper;
     decltype(&kernels::widen) widen;

@@ -82,6 +82,27 @@ KERNEL_INLINE unsigned int nameEndBits(Register v) {
         either(either(either(blank, brackets), either(slashes, equals)), either(closes, opens)));
 }
 
+/// One bit for each byte that an HTML name does not have. The digits and `:` are neighbours.
+KERNEL_INLINE unsigned int htmlNameEndBits(Register v) {
+    using L = Lanes<char>;
+    const Register lowered = either(v, L::splat(caseBit));
+    const Register letters =
+        L::greater(L::add(lowered, L::splat(L::greatest - 'z')), L::splat(L::greatest - 26));
+    const Register digits =
+        L::greater(L::add(v, L::splat(L::greatest - ':')), L::splat(L::greatest - 11));
+    const Register marks = either(L::equal(v, L::splat('!')), L::equal(v, L::splat('-')));
+    const Register line = L::equal(v, L::splat('_'));
+    return L::bits(L::equal(either(either(letters, digits), either(marks, line)), L::splat(0)));
+}
+
+template<bool name>
+KERNEL_INLINE unsigned int skipBits(const char* text) {
+    using L = Lanes<char>;
+    const Register v = load(text);
+    return name ? htmlNameEndBits(v)
+                : L::bits(either(L::greater(v, L::splat(32)), L::greater(L::splat(0), v)));
+}
+
 template<bool name>
 KERNEL_INLINE unsigned int skipBits(const wchar_t* text) {
     constexpr unsigned long part = Lanes<wchar_t>::count;

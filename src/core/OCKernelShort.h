@@ -192,6 +192,23 @@ constexpr bool endsSkip(wchar_t c) noexcept {
 }
 
 template<bool name>
+constexpr bool endsSkip(char c) noexcept {
+    if (!name)
+        return static_cast<unsigned char>(c) > 32;
+    const int lowered = c | 0x20;
+    return (lowered < 'a' || lowered > 'z') && (c < '0' || c > ':') && c != '!' && c != '-' &&
+           c != '_';
+}
+
+template<bool name>
+inline unsigned long skip(const char* text, unsigned long count) noexcept {
+    unsigned long i = 0;
+    while (i < count && !endsSkip<name>(text[i]))
+        ++i;
+    return i;
+}
+
+template<bool name>
 inline unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     unsigned long i = 0;
     if (count >= 16) {

@@ -169,8 +169,8 @@ KERNEL_TARGET inline void formNarrow(char* to, const wchar_t* from, unsigned lon
     narrowTo(to + count - step, from + count - step);
 }
 
-template<bool name>
-KERNEL_TARGET unsigned long formSkip(const wchar_t* text, unsigned long count) noexcept {
+template<class Character, bool name>
+KERNEL_TARGET unsigned long formSkip(const Character* text, unsigned long count) noexcept {
     constexpr unsigned long step = Lanes<char>::count;
     if (count < step)
         return brief::skip<name>(text, count);
@@ -329,6 +329,8 @@ constexpr Form makeForm(const char* name) {
         formFindText<char, true>,
         formMismatch<char, false>,
         formMismatch<char, true>,
+        formSkip<char, false>,
+        formSkip<char, true>,
         formFold<char, true>,
         formFold<char, false>,
         formWiden,
@@ -342,7 +344,7 @@ constexpr Form makeForm(const char* name) {
         formMismatch<wchar_t, true>,
         formFold<wchar_t, true>,
         formFold<wchar_t, false>,
-        formSkip<false>,
-        formSkip<true>,
+        formSkip<wchar_t, false>,
+        formSkip<wchar_t, true>,
     };
 }

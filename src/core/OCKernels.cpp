@@ -22,6 +22,17 @@ bool fits(unsigned long count, unsigned long patternCount) noexcept {
 }
 
 template<bool name>
+unsigned long skip(const char* text, unsigned long count) noexcept {
+    if (count >= 16) {
+        if (const unsigned int ends = sse2::skipBits<name>(text))
+            return brief::indexOfLowest<char>(ends);
+    }
+    if (brief::isBrief<char>(count))
+        return brief::skip<name>(text, count);
+    return name ? chosen->skipHtmlName(text, count) : chosen->skipWhiteSpace(text, count);
+}
+
+template<bool name>
 unsigned long skip(const wchar_t* text, unsigned long count) noexcept {
     // Most names, and most gaps, end within one SSE2 register of bytes.
     if (count >= 16) {
@@ -147,6 +158,14 @@ void foldLowerWide(wchar_t* to, const wchar_t* from, unsigned long count) noexce
 void foldUpperWide(wchar_t* to, const wchar_t* from, unsigned long count) noexcept {
     brief::isBrief<wchar_t>(count) ? brief::fold<wchar_t, false>(to, from, count)
                                    : chosen->foldUpperWide(to, from, count);
+}
+
+unsigned long skipWhiteSpace(const char* text, unsigned long count) noexcept {
+    return skip<false>(text, count);
+}
+
+unsigned long skipHtmlName(const char* text, unsigned long count) noexcept {
+    return skip<true>(text, count);
 }
 
 unsigned long skipWideWhiteSpace(const wchar_t* text, unsigned long count) noexcept {

@@ -24,6 +24,11 @@ unsigned long findTextFolded(const char* text, unsigned long count, const char* 
 /// The index of the first difference, `count` when there is none.
 unsigned long mismatch(const char* a, const char* b, unsigned long count) noexcept;
 unsigned long mismatchFolded(const char* a, const char* b, unsigned long count) noexcept;
+/// The first byte that is not white space: whose unsigned value is above 32. `count` when all are.
+unsigned long skipWhiteSpace(const char* text, unsigned long count) noexcept;
+/// The first byte that an HTML name does not have: no ASCII letter or digit, nor one of `! - : _`.
+/// `count` when there is none.
+unsigned long skipHtmlName(const char* text, unsigned long count) noexcept;
 /// `to` may be `from`.
 void foldLower(char* to, const char* from, unsigned long count) noexcept;
 void foldUpper(char* to, const char* from, unsigned long count) noexcept;

@@ -89,6 +89,24 @@ unsigned long plainSkipWideName(const wchar_t* text, unsigned long count) noexce
     return count;
 }
 
+unsigned long plainSkipWhiteSpace(const char* text, unsigned long count) noexcept {
+    for (unsigned long i = 0; i < count; ++i)
+        if (static_cast<unsigned char>(text[i]) > 32)
+            return i;
+    return count;
+}
+
+unsigned long plainSkipHtmlName(const char* text, unsigned long count) noexcept {
+    for (unsigned long i = 0; i < count; ++i) {
+        const char c = text[i];
+        const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        const bool digit = c >= '0' && c <= '9';
+        if (!letter && !digit && c != '!' && c != '-' && c != ':' && c != '_')
+            return i;
+    }
+    return count;
+}
+
 } // namespace
 
 const Form plainForm = {
@@ -100,6 +118,8 @@ const Form plainForm = {
     plainFindText<char, true>,
     plainMismatch<char, false>,
     plainMismatch<char, true>,
+    plainSkipWhiteSpace,
+    plainSkipHtmlName,
     plainFoldLower<char>,
     plainFoldUpper<char>,
     plainWiden,

@@ -8,45 +8,10 @@ template class MarkupCursor<HtmlInput>;
 
 namespace {
 
-enum ByteClass : unsigned char { Other = 0, Name = 1, WhiteSpace = 2, ValueEnd = 4 };
-
-/// The lexical classes of each byte.
-struct ByteClasses {
-    constexpr ByteClasses() : of() {
-        for (unsigned c = 0; c < 256; ++c) {
-            const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-            const bool digit = c >= '0' && c <= '9';
-            if (letter || digit || c == '!' || c == '-' || c == ':' || c == '_')
-                of[c] = Name;
-            else if (c <= 32)
-                of[c] = WhiteSpace | ValueEnd;
-            else if (c == '>')
-                of[c] = ValueEnd;
-            else
-                of[c] = Other;
-        }
-    }
-
-    unsigned char of[256];
-};
-
-constexpr ByteClasses classes;
-
-bool is(char c, ByteClass wanted) noexcept {
-    return (classes.of[static_cast<unsigned char>(c)] & wanted) != 0;
-}
-
-template<ByteClass wanted>
-unsigned long skip(const char* text, unsigned long count) noexcept {
-    unsigned long i = 0;
-    while (i < count && is(text[i], wanted))
-        ++i;
-    return i;
-}
-
+/// Most values end soon.
 unsigned long findValueEnd(const char* text, unsigned long count) noexcept {
     unsigned long i = 0;
-    while (i < count && !is(text[i], ValueEnd))
+    while (i < count && !HtmlInput::isWhiteSpace(text[i]) && text[i] != '>')
         ++i;
     return i;
 }
@@ -58,14 +23,6 @@ unsigned long tableSize(unsigned long count) {
 }
 
 } // namespace
-
-unsigned long HtmlInput::skipName(const char* text, unsigned long count) noexcept {
-    return skip<Name>(text, count);
-}
-
-unsigned long HtmlInput::skipWhiteSpace(const char* text, unsigned long count) noexcept {
-    return skip<WhiteSpace>(text, count);
-}
 
 bool HtmlInput::read(OCHtmlParserReader& reader, char*& end) {
     unsigned long count = HtmlCursor::batch;

@@ -55,8 +55,12 @@ public:
     static unsigned long find(const char* text, unsigned long count, char c) noexcept {
         return kernels::findByte(text, count, c);
     }
-    static unsigned long skipName(const char* text, unsigned long count) noexcept;
-    static unsigned long skipWhiteSpace(const char* text, unsigned long count) noexcept;
+    static unsigned long skipName(const char* text, unsigned long count) noexcept {
+        return kernels::skipHtmlName(text, count);
+    }
+    static unsigned long skipWhiteSpace(const char* text, unsigned long count) noexcept {
+        return kernels::skipWhiteSpace(text, count);
+    }
 };
 
 extern template class MarkupCursor<HtmlInput>;

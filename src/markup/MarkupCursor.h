@@ -118,7 +118,11 @@ public:
     }
 
     /// Consume a run of white space or of name characters; false when there is none.
-    bool skipWhiteSpace();
+    bool skipWhiteSpace() {
+        if (at != end && !Input::isWhiteSpace(*at))
+            return false; // which is what mostly stands behind a name
+        return skipSomeWhiteSpace();
+    }
     bool skipName();
     /// Consume everything before a character or a text; false, with everything consumed, when the
     /// input ends first.
@@ -159,7 +163,20 @@ public:
     unsigned long available() const { return static_cast<unsigned long>(end - at); }
 
 protected:
-    void take(unsigned long count, String& text);
+    /// Consumes `count` available characters and makes them the content of `text`.
+    void take(unsigned long count, String& text) {
+        constexpr unsigned long block = 16 / sizeof(Character);
+        if (count <= block && available() >= block) {
+            // What is copied too much is within the string's own storage.
+            Character* const to = text.setLength(count).getString();
+            std::memcpy(to, at, block * sizeof(Character));
+            to[count] = 0;
+        } else if (count < shortToken)
+            copyShort(text.setLength(count).getString(), at, count * sizeof(Character));
+        else
+            text.assign(at, count);
+        at += count;
+    }
     Reader& getReader() { return reader; }
 
 private:
@@ -218,6 +235,7 @@ private:
         return Input::equal(at, text, size - 1);
     }
 
+    bool skipSomeWhiteSpace();
     bool findLong(const Character* text, unsigned long count);
     bool grow(unsigned long count);
     bool growShared(unsigned long count);
@@ -377,18 +395,8 @@ void MarkupCursor<Input>::endToken() {
     sink = nullptr;
 }
 
-/// Consumes `count` available characters and makes them the content of `text`.
 template<typename Input>
-void MarkupCursor<Input>::take(unsigned long count, String& text) {
-    if (count < shortToken)
-        copyShort(text.setLength(count).getString(), at, count * sizeof(Character));
-    else
-        text.assign(at, count);
-    at += count;
-}
-
-template<typename Input>
-bool MarkupCursor<Input>::skipWhiteSpace() {
+bool MarkupCursor<Input>::skipSomeWhiteSpace() {
     if (!need(1) || !Input::isWhiteSpace(*at))
         return false;
     ++at;

@@ -38,6 +38,8 @@ const Form publicForm = {
     kernels::findTextFolded,
     kernels::mismatch,
     kernels::mismatchFolded,
+    kernels::skipWhiteSpace,
+    kernels::skipHtmlName,
     kernels::foldLower,
     kernels::foldUpper,
     kernels::widen,
@@ -525,6 +527,39 @@ TEST(OCKernels, SkipToEachValueThatEndsARunAndOverEachThatDoesNot) {
                 text[place] = c;
                 text[70] = L'n';
                 SAME(c > 32 ? place : 70, form.skipWideWhiteSpace(text.data(), text.size()));
+            }
+}
+
+TEST(OCKernels, SkipToEachByteThatEndsARunAndOverEachThatDoesNot) {
+    const std::string inNames =
+        "!-0123456789:ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz";
+    for (const Form& form : allForms())
+        for (int value = 0; value < 256; ++value)
+            for (unsigned long place = 0; place < 70; place += place < 36 ? 1 : 5) {
+                const char c = static_cast<char>(value);
+                std::string text(71, 'n');
+                text[place] = c;
+                text[70] = '=';
+                SAME(inNames.find(c) == std::string::npos ? place : 70,
+                     form.skipHtmlName(text.data(), text.size()));
+                text.assign(71, ' ');
+                text[place] = c;
+                text[70] = 'n';
+                SAME(value > 32 ? place : 70, form.skipWhiteSpace(text.data(), text.size()));
+            }
+}
+
+TEST(OCKernels, SkipBytesAtEveryLengthAndAlignment) {
+    for (const Form& form : allForms())
+        for (unsigned long offset = 0; offset < 64; ++offset)
+            for (unsigned long count = 0; count <= longest; ++count) {
+                ExactRun<char> text(offset, count, '>');
+                text.fill('n');
+                SAME(count, form.skipHtmlName(text.get(), count));
+                SAME(0UL, form.skipWhiteSpace(text.get(), count));
+                text.fill(' ');
+                SAME(0UL, form.skipHtmlName(text.get(), count));
+                SAME(count, form.skipWhiteSpace(text.get(), count));
             }
 }
 
