@@ -147,7 +147,7 @@ TEST(OCHtmlRealInput, AgreesWithPythonOnTheReferenceOfBash) {
     Collector collector;
     ASSERT_NO_FATAL_FAILURE(comparePage(path, collector));
     EXPECT_LT(19000u, collector.starts);
-    EXPECT_LT(8000u, collector.attributes);
+    EXPECT_LT(7000u, collector.attributes);
     EXPECT_EQ(bytesOfText(path), collector.textBytes);
 }
 
