@@ -103,7 +103,7 @@ void OCThreadPoolWorker::stop() noexcept {
             asked = attempt([this] { terminateThread(); });
         }
     }
-    attempt([this] { jobEvent.signalEvent(); });
+    insist([this] { jobEvent.signalEvent(); });
     attempt([this] { waitFor(); });
 }
 

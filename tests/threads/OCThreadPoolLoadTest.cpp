@@ -94,9 +94,9 @@ TEST(OCThreadPoolLoad, EightThreadsSubmitJobsOfWhichEachIsRunOnce) {
 }
 
 TEST(OCThreadPoolLoad, EachJobTakenBeforeAShutdownIsRunAndEachLaterOneRefused) {
-    const int rounds = fault::sanitized ? 20 : 200;
+    const int rounds = fault::sanitized ? 20 : 100;
     constexpr unsigned long submitters = 3;
-    constexpr unsigned long limit = 20000;
+    constexpr unsigned long limit = 5000;
     for (int round = 0; round < rounds; ++round) {
         std::vector<std::vector<Counted>> jobs;
         for (unsigned long i = 0; i < submitters; ++i)
