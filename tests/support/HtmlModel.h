@@ -6,7 +6,7 @@
 // it: the same events in the same order, between the same calls on the stream.
 
 #include "OCHtmlParser.h"
-#include "support/XmlModel.h"
+#include "XmlModel.h"
 
 #include <functional>
 #include <string>
