@@ -1,6 +1,6 @@
 #include "OCFileStream.h"
 
-#include "support/ClockCalls.h"
+#include "support/CalendarCalls.h"
 #include "support/FaultInjection.h"
 #include "support/FileCalls.h"
 #include "support/ScratchDirectory.h"

@@ -4,14 +4,12 @@
 #include "support/SystemCalls.h"
 
 #include <sys/time.h>
-#include <time.h>
 #include <unistd.h>
 
 /// The replaceable functions on time.
 namespace calls {
 inline SystemCall<int(struct timeval*, void*)> gettimeofday{"gettimeofday"};
 inline SystemCall<int(useconds_t)> usleep{"usleep"};
-inline SystemCall<struct tm*(const time_t*, struct tm*)> gmtime_r{"gmtime_r"};
 } // namespace calls
 
 ORVABASE_TEST_REPLACES int gettimeofday(struct timeval* now, void* zone) noexcept {
@@ -19,9 +17,6 @@ ORVABASE_TEST_REPLACES int gettimeofday(struct timeval* now, void* zone) noexcep
 }
 ORVABASE_TEST_REPLACES int usleep(useconds_t microseconds) {
     return calls::usleep(microseconds);
-}
-ORVABASE_TEST_REPLACES struct tm* gmtime_r(const time_t* seconds, struct tm* fields) noexcept {
-    return calls::gmtime_r(seconds, fields);
 }
 
 /// A clock that stands still until it is moved: it takes the place of `gettimeofday`, and `usleep`

@@ -1,6 +1,8 @@
 #ifndef ORVABASE_TESTS_FORKED_H
 #define ORVABASE_TESTS_FORKED_H
 
+#include "OXException.h"
+
 #include <cstddef>
 #include <exception>
 #include <string>
@@ -29,6 +31,9 @@ std::string inChild(Action action) {
         std::string text;
         try {
             text = action();
+        } catch (const OXException& failure) {
+            text = std::string("exception: ") + failure.getClass().getString() + ": " +
+                   failure.getMessage().getString();
         } catch (const std::exception& failure) {
             text = std::string("exception: ") + failure.what();
         } catch (...) {

@@ -4,7 +4,7 @@
 #include "support/DirectoryCalls.h"
 #include "support/FaultInjection.h"
 #include "support/FileCalls.h"
-#include "support/ForkedChild.h"
+#include "support/Forked.h"
 #include "support/ScratchDirectory.h"
 #include "support/Slots.h"
 #include "support/StatFaults.h"
@@ -207,7 +207,7 @@ TEST(OCFileManagerTest, TellsItsObserverIfThereIsOne) {
 
 TEST(OCFileManagerTest, CreatesTheMissingParentsOutermostFirst) {
     ScratchDirectory directory;
-    const std::string report = inForkedChild([&] {
+    const std::string report = inChild([&] {
         if (chdir(directory.path.c_str()) != 0)
             return std::string("no directory");
         Recorder recorder;
@@ -235,7 +235,7 @@ TEST(OCFileManagerTest, CreatesOneDirectoryInAnExistingOne) {
 
 TEST(OCFileManagerTest, CreatesARelativeDirectoryWithoutAParent) {
     ScratchDirectory directory;
-    EXPECT_EQ(inForkedChild([&] {
+    EXPECT_EQ(inChild([&] {
                   if (chdir(directory.path.c_str()) != 0)
                       return std::string("no directory");
                   OCFileManager().createDirectory("single");
@@ -263,7 +263,7 @@ TEST(OCFileManagerTest, ANewDirectoryHasItsPermissions) {
         OCFileManager().createDirectory(pathOf(directory.file("a/b")));
     }
     EXPECT_EQ(modes, (std::vector<mode_t>{0755, 0755}));
-    EXPECT_EQ(inForkedChild([&] {
+    EXPECT_EQ(inChild([&] {
                   umask(027);
                   OCFileManager().createDirectory(pathOf(directory.file("c")));
                   struct stat status;
@@ -1055,7 +1055,7 @@ TEST(OCFileManagerTest, ADeepTreeNeedsFewDescriptors) {
     ASSERT_EQ(mkdir(top.c_str(), 0700), 0);
     const std::string deepest = makeNested(top, 1000, "d");
     ASSERT_TRUE(exists(deepest));
-    EXPECT_EQ(inForkedChild([&] {
+    EXPECT_EQ(inChild([&] {
                   const struct rlimit limit = {64, 64};
                   if (setrlimit(RLIMIT_NOFILE, &limit) != 0)
                       return std::string("no limit");
@@ -1098,7 +1098,7 @@ TEST(OCFileManagerTest, ATreeTooDeepForAPathIsAnErrorOfTheSystem) {
     ScratchDirectory directory;
     const std::string top = directory.file("top"), name(200, 'n');
     // Deeper than a path can say, so it is made from inside.
-    EXPECT_EQ(inForkedChild([&] {
+    EXPECT_EQ(inChild([&] {
                   if (mkdir(top.c_str(), 0700) != 0 || chdir(top.c_str()) != 0)
                       return "not made";
                   for (int i = 0; i < 60; ++i)

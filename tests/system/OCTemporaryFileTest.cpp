@@ -3,7 +3,7 @@
 #include "support/DirectoryCalls.h"
 #include "support/FaultInjection.h"
 #include "support/FileCalls.h"
-#include "support/ForkedChild.h"
+#include "support/Forked.h"
 #include "support/ScratchDirectory.h"
 #include "support/Slots.h"
 #include "support/Thrown.h"
@@ -92,7 +92,7 @@ TEST(OCTemporaryFileTest, IsMadeFromTheTemplate) {
 
 TEST(OCTemporaryFileTest, IgnoresTheDirectoryOfTheEnvironment) {
     ScratchDirectory directory;
-    EXPECT_EQ(inForkedChild([&] {
+    EXPECT_EQ(inChild([&] {
                   setenv("TMPDIR", directory.path.c_str(), 1);
                   OCTemporaryFile file;
                   return std::string(file.getPath().getString(), 12);
