@@ -43,6 +43,12 @@ public:
     void setType(OEApplicationArgumentType newType) { type = newType; }
 
 private:
+    friend class OCApplicationArgumentList;
+
+    OCApplicationArgument(OEApplicationArgumentType itsType, const char* itsName,
+                          unsigned long nameLength, const char* itsValue, unsigned long valueLength)
+        : name(itsName, nameLength), value(itsValue, valueLength), type(itsType) {}
+
     OCAnsiString name;
     OCAnsiString value;
     OEApplicationArgumentType type;
@@ -143,8 +149,12 @@ public:
     /// @}
 
 private:
-    void append(OEApplicationArgumentType type, const OCAnsiString& name,
-                const OCAnsiString& value);
+    // The steps on plain characters.
+    void add(const char* text, unsigned long length);
+    void addShort(const char* text, unsigned long length);
+    void addLong(const char* text, unsigned long length);
+    void append(OEApplicationArgumentType type, const char* name, unsigned long nameLength,
+                const char* value, unsigned long valueLength);
     void take(OCApplicationArgumentList& other);
 
     OCVector arguments;

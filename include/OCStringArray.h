@@ -47,8 +47,13 @@ public:
     void rebuildPointers();
 
 private:
+    friend class OCEnvironmentBufferArray; // puts its strings together in place
+
+    /// Appends a string of `length` characters that are still to be set, and returns them.
+    char* addBlank(unsigned long length);
     void reservePointers(unsigned long stringCount);
     void writePointer(char* characters);
+    char* appendPointer(unsigned long index);
 
     /// The entry behind the last string.
     static char* s_pchNull;

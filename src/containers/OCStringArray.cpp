@@ -32,10 +32,20 @@ void OCStringArray::addString(const OCAnsiString& text) {
         strings.setCount(count); // the list may have counted the string that it could not take
         throw;
     }
-    // The strings that were there keep their characters: only the end of the array changes.
-    pointers.setPosition(count * sizeof(char*));
-    writePointer(strings.getString(count).getString());
-    writePointer(s_pchNull);
+    appendPointer(count);
+}
+
+char* OCStringArray::addBlank(unsigned long length) {
+    const unsigned long count = getCount();
+    reservePointers(count + 1);
+    try {
+        strings.addString(OCAnsiString());
+        strings.getString(count).setLength(length);
+    } catch (...) {
+        strings.setCount(count);
+        throw;
+    }
+    return appendPointer(count);
 }
 
 void OCStringArray::rebuildPointers() {
@@ -62,4 +72,15 @@ void OCStringArray::reservePointers(unsigned long stringCount) {
 
 void OCStringArray::writePointer(char* characters) {
     pointers.writeBuffer(&characters, sizeof characters);
+}
+
+/// Adds the pointer to the last string, for which there is room. The strings before it keep their
+/// characters.
+char* OCStringArray::appendPointer(unsigned long index) {
+    char* const characters = strings.getString(index).getString();
+    pointers.setSize((index + 2) * sizeof(char*));
+    char** const end = getBuffer() + index;
+    end[0] = characters;
+    end[1] = s_pchNull;
+    return characters;
 }

@@ -5,20 +5,20 @@
 
 namespace {
 
-/// Owns an argument until it is in a list.
-class NewArgument {
-public:
-    NewArgument() : argument(new OCApplicationArgument) {}
-    NewArgument(const NewArgument&) = delete;
-    NewArgument& operator=(const NewArgument&) = delete;
-    ~NewArgument() { delete argument; }
+bool isShort(const char* text, unsigned long length) {
+    return length >= 2 && text[0] == '-' && text[1] != '-';
+}
 
-    OCApplicationArgument& get() const { return *argument; }
-    void release() { argument = nullptr; }
+bool isLong(const char* text, unsigned long length) {
+    return length >= 2 && text[0] == '-' && text[1] == '-';
+}
 
-private:
-    OCApplicationArgument* argument;
-};
+/// Where the name of a long option ends: at its first `=`, or at its end.
+unsigned long nameLengthOf(const char* option, unsigned long length) {
+    const void* const found = std::memchr(option, '=', length);
+    return found == nullptr ? length
+                            : static_cast<unsigned long>(static_cast<const char*>(found) - option);
+}
 
 } // namespace
 
@@ -31,7 +31,7 @@ OCApplicationArgumentList::~OCApplicationArgumentList() noexcept {
 void OCApplicationArgumentList::assign(int argc, char** argv) {
     OCApplicationArgumentList assigned;
     for (int i = 1; i < argc; ++i)
-        assigned.addArgument(argv[i]);
+        assigned.add(argv[i], std::strlen(argv[i]));
     take(assigned);
 }
 
@@ -41,7 +41,7 @@ void OCApplicationArgumentList::assign(const char* commandLine) {
     while (*begin != '\0') {
         // A piece has at least one character, whatever it is.
         const char* const end = strchrnul(begin + 1, ' ');
-        assigned.addArgument(OCAnsiString(begin, static_cast<unsigned long>(end - begin)));
+        assigned.add(begin, static_cast<unsigned long>(end - begin));
         begin = end;
         while (*begin == ' ')
             ++begin;
@@ -58,12 +58,16 @@ void OCApplicationArgumentList::take(OCApplicationArgumentList& other) {
 }
 
 void OCApplicationArgumentList::addArgument(const OCAnsiString& argument) {
-    if (isOptionShort(argument))
-        parseOptionShort(argument);
-    else if (isOptionLong(argument))
-        parseOptionLong(argument);
+    add(argument.getString(), argument.getLength());
+}
+
+void OCApplicationArgumentList::add(const char* text, unsigned long length) {
+    if (isShort(text, length))
+        addShort(text, length);
+    else if (isLong(text, length))
+        addLong(text, length);
     else
-        parseMiscellaneous(argument);
+        append(ApplicationArgumentTypeMiscellaneous, "", 0, text, length);
 }
 
 void OCApplicationArgumentList::clear() {
@@ -71,21 +75,18 @@ void OCApplicationArgumentList::clear() {
 }
 
 bool OCApplicationArgumentList::isOptionShort(const OCAnsiString& argument) const {
-    const char* const text = argument.getString();
-    return argument.getLength() >= 2 && text[0] == '-' && text[1] != '-';
+    return isShort(argument.getString(), argument.getLength());
 }
 
 bool OCApplicationArgumentList::isOptionLong(const OCAnsiString& argument) const {
-    const char* const text = argument.getString();
-    return argument.getLength() >= 2 && text[0] == '-' && text[1] == '-';
+    return isLong(argument.getString(), argument.getLength());
 }
 
 bool OCApplicationArgumentList::splitOptionLong(const OCAnsiString& option, OCAnsiString& name,
                                                 OCAnsiString& value) const {
     const unsigned long length = option.getLength();
     const char* const text = option.getString();
-    unsigned long end = length;
-    option.indexOf('=', end);
+    const unsigned long end = nameLengthOf(text, length);
     if (end == 0 && length != 0)
         return false;
     OCAnsiString newName(text, end);
@@ -98,30 +99,34 @@ bool OCApplicationArgumentList::splitOptionLong(const OCAnsiString& option, OCAn
 }
 
 void OCApplicationArgumentList::parseOptionShort(const OCAnsiString& argument) {
-    const unsigned long length = argument.getLength();
-    const char* const text = argument.getString();
+    addShort(argument.getString(), argument.getLength());
+}
+
+void OCApplicationArgumentList::addShort(const char* text, unsigned long length) {
     for (unsigned long i = 1; i < length; ++i) {
-        const OCAnsiString name(text[i]);
         if (i + 1 < length && text[i + 1] == '=') {
-            appendOptionShort(name, OCAnsiString(text + i + 2, length - i - 2));
+            append(ApplicationArgumentTypeShort, text + i, 1, text + i + 2, length - i - 2);
             return;
         }
-        appendOptionShort(name, OCAnsiString());
+        append(ApplicationArgumentTypeShort, text + i, 1, "", 0);
     }
 }
 
 void OCApplicationArgumentList::parseOptionLong(const OCAnsiString& argument) {
-    if (argument.getLength() <= 2)
+    addLong(argument.getString(), argument.getLength());
+}
+
+void OCApplicationArgumentList::addLong(const char* text, unsigned long length) {
+    if (length <= 2)
         return;
-    OCAnsiString name;
-    OCAnsiString value;
-    const OCAnsiString option(argument.getString() + 2, argument.getLength() - 2);
-    if (!splitOptionLong(option, name, value))
+    const char* const option = text + 2;
+    const unsigned long optionLength = length - 2;
+    const unsigned long end = nameLengthOf(option, optionLength);
+    if (end == 0)
         return;
-    if (name.getLength() == 1)
-        appendOptionShort(name, value);
-    else
-        appendOptionLong(name, value);
+    const unsigned long value = end < optionLength ? end + 1 : end;
+    append(end == 1 ? ApplicationArgumentTypeShort : ApplicationArgumentTypeLong, option, end,
+           option + value, optionLength - value);
 }
 
 void OCApplicationArgumentList::parseMiscellaneous(const OCAnsiString& argument) {
@@ -130,30 +135,31 @@ void OCApplicationArgumentList::parseMiscellaneous(const OCAnsiString& argument)
 
 void OCApplicationArgumentList::appendOptionShort(const OCAnsiString& name,
                                                   const OCAnsiString& value) {
-    append(ApplicationArgumentTypeShort, name, value);
+    append(ApplicationArgumentTypeShort, name.getString(), name.getLength(), value.getString(),
+           value.getLength());
 }
 
 void OCApplicationArgumentList::appendOptionLong(const OCAnsiString& name,
                                                  const OCAnsiString& value) {
-    append(ApplicationArgumentTypeLong, name, value);
+    append(ApplicationArgumentTypeLong, name.getString(), name.getLength(), value.getString(),
+           value.getLength());
 }
 
 void OCApplicationArgumentList::appendMiscellaneous(const OCAnsiString& argument) {
-    append(ApplicationArgumentTypeMiscellaneous, OCAnsiString(), argument);
+    append(ApplicationArgumentTypeMiscellaneous, "", 0, argument.getString(), argument.getLength());
 }
 
-void OCApplicationArgumentList::append(OEApplicationArgumentType type, const OCAnsiString& name,
-                                       const OCAnsiString& value) {
-    NewArgument added;
-    added.get().setName(name);
-    added.get().setType(type);
-    added.get().setValue(value);
+void OCApplicationArgumentList::append(OEApplicationArgumentType type, const char* name,
+                                       unsigned long nameLength, const char* value,
+                                       unsigned long valueLength) {
+    OCApplicationArgument* const added =
+        new OCApplicationArgument(type, name, nameLength, value, valueLength);
     const unsigned long count = arguments.getCount();
     try {
-        arguments.addElement(added.get());
+        arguments.addElement(*added);
     } catch (...) {
         arguments.setCount(count); // the vector has counted what it could not take
+        delete added;
         throw;
     }
-    added.release();
 }

@@ -42,6 +42,24 @@ OXEnvironmentVariable_SetValue::OXEnvironmentVariable_SetValue(const OCAnsiStrin
 }
 OXEnvironmentVariable_SetValue::~OXEnvironmentVariable_SetValue() noexcept = default;
 
+namespace {
+
+/// The length of `NAME=VALUE`, or 0 for a variable that is left out.
+unsigned long entryLength(const OCNamedElement& variable) {
+    const unsigned long length = variable.getValue().getLength();
+    return length == 0 ? 0 : variable.getName().getLength() + 1 + length;
+}
+
+void fillEntry(char* to, const OCNamedElement& variable) {
+    const OCAnsiString& name = variable.getName();
+    const OCAnsiString& value = variable.getValue();
+    memoryCopy(to, name.getString(), name.getLength());
+    to[name.getLength()] = '=';
+    memoryCopy(to + name.getLength() + 1, value.getString(), value.getLength());
+}
+
+} // namespace
+
 OCEnvironmentVariable::~OCEnvironmentVariable() noexcept = default;
 
 OCAnsiString OCEnvironmentVariable::getValue() const {
@@ -93,15 +111,11 @@ void OCEnvironmentBufferArray::initialize(const OCNamedList& list) {
 }
 
 void OCEnvironmentBufferArray::initializeStrings(const OCNamedList& list) {
-    OCAnsiString entry;
     for (unsigned long i = 0; i < list.getCount(); ++i) {
         const OCNamedElement& variable = list.getElement(i);
-        if (variable.getValue().getLength() == 0)
-            continue;
-        entry = variable.getName();
-        entry += '=';
-        entry += variable.getValue();
-        strings.addString(entry);
+        const unsigned long length = entryLength(variable);
+        if (length != 0)
+            fillEntry(strings.addBlank(length), variable);
     }
 }
 
@@ -121,23 +135,19 @@ void OCEnvironmentBufferSerial::initialize(const OCNamedList& list) {
 void OCEnvironmentBufferSerial::initializeStrings(const OCNamedList& list) {
     unsigned long length = 0;
     for (unsigned long i = 0; i < list.getCount(); ++i) {
-        const OCNamedElement& variable = list.getElement(i);
-        if (variable.getValue().getLength() != 0)
-            length += variable.getName().getLength() + variable.getValue().getLength() + 2;
+        const unsigned long entry = entryLength(list.getElement(i));
+        if (entry != 0)
+            length += entry + 1;
     }
     entries.setLength(length);
     char* to = entries.getString();
     for (unsigned long i = 0; i < list.getCount(); ++i) {
         const OCNamedElement& variable = list.getElement(i);
-        const OCAnsiString& name = variable.getName();
-        const OCAnsiString& value = variable.getValue();
-        if (value.getLength() == 0)
+        const unsigned long entry = entryLength(variable);
+        if (entry == 0)
             continue;
-        memoryCopy(to, name.getString(), name.getLength());
-        to += name.getLength();
-        *to++ = '=';
-        memoryCopy(to, value.getString(), value.getLength());
-        to += value.getLength();
-        *to++ = '\0';
+        fillEntry(to, variable);
+        to[entry] = '\0';
+        to += entry + 1;
     }
 }
