@@ -4,6 +4,8 @@
 
 #include "OCBase64.h"
 
+#include "Require.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,14 +13,6 @@
 #include <string>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
-#define REQUIRE(condition) require(condition, #condition)
 
 /// Reads from one string, writes to another, and moves about as much as it is told to.
 class StringStream : public OCStream {

@@ -5,6 +5,8 @@
 #include "OCDateTimeFormat.h"
 #include "OCDateTimeParser.h"
 
+#include "Require.h"
+
 #include "../tests/support/DateTimeModel.h"
 
 #include <cstdint>
@@ -13,14 +15,6 @@
 #include <ctime>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
-#define REQUIRE(condition) require(condition, #condition)
 
 std::string standard(const OCAnsiString& text) {
     return std::string(text.getString(), text.getLength());

@@ -6,6 +6,8 @@
 // The model's headers are the tests' own.
 #include "../tests/support/HtmlModel.h"
 
+#include "RequireSameEvents.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -19,30 +21,6 @@ using htmlmodel::Run;
 
 /// The model takes quadratic time.
 constexpr unsigned long longestForModel = 8192;
-
-void requireSame(const Log& expected, const Log& actual, const char* what) {
-    if (expected == actual)
-        return;
-    std::fprintf(stderr, "violated: %s\n", what);
-    for (unsigned long i = 0; i < expected.size() || i < actual.size(); ++i)
-        std::fprintf(stderr, "%s | %s\n", i < expected.size() ? expected[i].c_str() : "",
-                     i < actual.size() ? actual[i].c_str() : "");
-    std::abort();
-}
-
-/// One document start, and one end unless an exception came first.
-void requireFrame(const Log& log) {
-    unsigned long starts = 0;
-    unsigned long ends = 0;
-    bool thrown = false;
-    for (const std::string& entry : log) {
-        starts += entry == "documentStart";
-        ends += entry == "documentEnd";
-        thrown = thrown || entry.compare(0, 6, "thrown") == 0;
-    }
-    if (starts != 1 || (!thrown && ends != 1) || ends > 1)
-        std::abort();
-}
 
 void check(const std::string& document, Conditions conditions) {
     const Log whole = Run(document, conditions).privateReader();

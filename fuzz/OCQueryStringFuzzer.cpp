@@ -4,6 +4,8 @@
 
 #include "OCQueryString.h"
 
+#include "Require.h"
+
 #include "../tests/support/LocatorModel.h"
 
 #include <algorithm>
@@ -12,14 +14,6 @@
 #include <cstdlib>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
-#define REQUIRE(condition) require(condition, #condition)
 
 std::string standard(const OCAnsiString& text) {
     return std::string(text.getString(), text.getLength());

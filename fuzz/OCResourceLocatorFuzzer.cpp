@@ -3,6 +3,8 @@
 
 #include "OCResourceLocator.h"
 
+#include "Require.h"
+
 #include "../tests/support/LocatorModel.h"
 #include "OCInteger.h"
 
@@ -11,14 +13,6 @@
 #include <cstdlib>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
-#define REQUIRE(condition) require(condition, #condition)
 
 std::string standard(const OCAnsiString& text) {
     return std::string(text.getString(), text.getLength());

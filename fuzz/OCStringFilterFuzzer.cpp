@@ -5,6 +5,8 @@
 #include "OCMemoryStream.h"
 #include "OCStringFilter.h"
 
+#include "Require.h"
+
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -13,13 +15,6 @@
 #include <string>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
 
 enum Kind { Octet, T61, Utf8, Ia5, Numeric, Printable, Visible, kindCount };
 

@@ -4,6 +4,8 @@
 
 #include "OCUniqueIdentifier.h"
 
+#include "Require.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,14 +13,6 @@
 #include <string>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
-#define REQUIRE(condition) require(condition, #condition)
 
 std::string standard(const OCAnsiString& text) {
     return std::string(text.getString(), text.getLength());

@@ -5,6 +5,8 @@
 // The model's headers are the tests' own.
 #include "../tests/support/XmlModel.h"
 
+#include "RequireSameEvents.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -17,30 +19,6 @@ using xmlmodel::Run;
 
 /// The model recurses with the document.
 constexpr unsigned long longestForModel = 4096;
-
-void requireSame(const Log& expected, const Log& actual, const char* what) {
-    if (expected == actual)
-        return;
-    std::fprintf(stderr, "violated: %s\n", what);
-    for (unsigned long i = 0; i < expected.size() || i < actual.size(); ++i)
-        std::fprintf(stderr, "%s | %s\n", i < expected.size() ? expected[i].c_str() : "",
-                     i < actual.size() ? actual[i].c_str() : "");
-    std::abort();
-}
-
-/// One document start, and one end unless an exception came first.
-void requireFrame(const Log& log) {
-    unsigned long starts = 0;
-    unsigned long ends = 0;
-    bool thrown = false;
-    for (const std::string& entry : log) {
-        starts += entry == "documentStart";
-        ends += entry == "documentEnd";
-        thrown = thrown || entry.compare(0, 6, "thrown") == 0;
-    }
-    if (starts != 1 || ends != (thrown ? 0u : 1u))
-        std::abort();
-}
 
 void checkBytes(const std::string& document, bool errorsReturn) {
     Conditions conditions;

@@ -1,0 +1,16 @@
+#ifndef ORVABASE_FUZZ_REQUIRE_H
+#define ORVABASE_FUZZ_REQUIRE_H
+
+#include <cstdio>
+#include <cstdlib>
+
+/// Ends a fuzz target, as a finding, when `condition` does not hold.
+inline void require(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "violated: %s\n", what);
+        std::abort();
+    }
+}
+#define REQUIRE(condition) require(condition, #condition)
+
+#endif
