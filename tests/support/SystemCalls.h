@@ -40,9 +40,10 @@ public:
         : name(symbol), version(symbolVersion) {}
 
     Result operator()(Arguments... arguments) {
+        if (inside || !(everyThread || pthread_equal(pthread_self(), owner)))
+            return original(arguments...);
         Instead* instead = active.load(std::memory_order_acquire);
-        if (instead == nullptr || inside ||
-            !(instead->everyThread || pthread_equal(pthread_self(), instead->owner)))
+        if (instead == nullptr)
             return original(arguments...);
         struct Inside {
             Inside() { inside = true; }
@@ -61,8 +62,15 @@ public:
         return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
     }
 
-    void replace(Instead& instead) { active.store(&instead, std::memory_order_release); }
-    void restore() { active.store(nullptr, std::memory_order_release); }
+    void replace(Instead& instead) {
+        owner = instead.owner;
+        active.store(&instead, std::memory_order_release);
+        everyThread = instead.everyThread;
+    }
+    void restore() {
+        everyThread = false;
+        active.store(nullptr, std::memory_order_release);
+    }
 
 private:
     void* find() const {
@@ -79,6 +87,9 @@ private:
     const char* version;
     std::atomic<void*> next{nullptr};
     std::atomic<Instead*> active{nullptr};
+    // Kept here as well, so that other threads need not look at what may be going.
+    std::atomic<pthread_t> owner{};
+    std::atomic<bool> everyThread{false};
 };
 
 enum class Threads { This, Every };
