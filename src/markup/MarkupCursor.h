@@ -184,23 +184,25 @@ private:
     class Place {
     public:
         explicit Place(MarkupCursor& owner) noexcept
-            : cursor(owner), offset(cursor.offsetOf(cursor.at)),
-              marked(cursor.offsetOf(cursor.mark)) {}
+            : cursor(owner), offset(cursor.offsetOf(cursor.at)), used(cursor.offsetOf(cursor.end)),
+              marked(cursor.sink ? cursor.offsetOf(cursor.mark) : 0) {}
         Place(const Place&) = delete;
         Place& operator=(const Place&) = delete;
         ~Place() noexcept {
             String& buffer = Input::bufferOf(cursor.reader);
             cursor.at = buffer.getString() + offset;
-            cursor.end = buffer.getString() + buffer.getLength();
+            cursor.storageEnd = buffer.getString() + buffer.getLength();
+            cursor.end = Input::growsToCount ? buffer.getString() + used : cursor.storageEnd;
             if (cursor.sink)
                 cursor.mark = buffer.getString() + marked;
         }
 
-        unsigned long getOffset() const { return offset; }
+        unsigned long getUsed() const { return used; }
 
     private:
         MarkupCursor& cursor;
         const unsigned long offset;
+        const unsigned long used;
         const unsigned long marked;
     };
 
@@ -225,9 +227,7 @@ private:
         std::memcpy(to, from, count * sizeof(Character));
     }
     unsigned long offsetOf(const Character* place) const noexcept {
-        return sink || place == at
-                   ? static_cast<unsigned long>(place - Input::bufferOf(reader).getString())
-                   : 0;
+        return static_cast<unsigned long>(place - Input::bufferOf(reader).getString());
     }
 
     template<unsigned long size>
@@ -239,6 +239,7 @@ private:
     bool findLong(const Character* text, unsigned long count);
     bool grow(unsigned long count);
     bool growShared(unsigned long count);
+    void enlargeShared();
     void commit();
     void load() noexcept;
     void makeRoom();
@@ -267,10 +268,8 @@ MarkupCursor<Input>::MarkupCursor(Reader& input, Access inputAccess)
     if (access == Private)
         Input::bufferOf(reader).setLength(storageLength);
     load();
-    if (access == Private) {
-        storageEnd = end;
+    if (access == Private)
         end = at;
-    }
 }
 
 template<typename Input>
@@ -285,13 +284,16 @@ MarkupCursor<Input>::~MarkupCursor() noexcept {
     try {
         leave();
     } catch (...) {
+        // What is buffered must not be followed by what only was room for more.
+        if (end != storageEnd)
+            Input::bufferOf(reader).clear();
     }
 }
 
 template<typename Input>
 void MarkupCursor<Input>::load() noexcept {
     at = Input::bufferOf(reader).getString();
-    end = at + Input::bufferOf(reader).getLength();
+    end = storageEnd = at + Input::bufferOf(reader).getLength();
     if (sink)
         mark = at;
 }
@@ -300,7 +302,12 @@ template<typename Input>
 void MarkupCursor<Input>::commit() {
     if (!at)
         return;
-    const auto consumed = static_cast<unsigned long>(at - Input::bufferOf(reader).getString());
+    const unsigned long consumed = offsetOf(at);
+    if (end != storageEnd) {
+        Input::bufferOf(reader).setLength(offsetOf(end));
+        at = Input::bufferOf(reader).getString() + consumed;
+        end = storageEnd = at - consumed + Input::bufferOf(reader).getLength();
+    }
     if (consumed > 0)
         Input::bufferOf(reader).remove(0, consumed);
     at = nullptr;
@@ -327,8 +334,26 @@ bool MarkupCursor<Input>::growShared(unsigned long count) {
         commit();
         load();
     }
+    if constexpr (Input::growsToCount) {
+        bool more = true;
+        while (more && available() < count) {
+            if (static_cast<unsigned long>(storageEnd - end) < batch)
+                enlargeShared();
+            more = Input::read(reader, end);
+        }
+        return available() >= count;
+    } else {
+        Place place(*this);
+        return reader.growBuffer(count);
+    }
+}
+
+/// Makes room for another batch in a shared reader's buffer, and the more the larger that is.
+template<typename Input>
+void MarkupCursor<Input>::enlargeShared() {
     Place place(*this);
-    return reader.growBuffer(place.getOffset() + count);
+    String& buffer = Input::bufferOf(reader);
+    buffer.setLength(place.getUsed() + place.getUsed() / 4 + batch);
 }
 
 /// Moves what is still wanted to the front of the storage.

@@ -57,14 +57,12 @@ bool OCHtmlParserReader::more() const {
 }
 
 bool OCHtmlParserReader::growBuffer(unsigned long count) {
-    while (buffer.getLength() < count) {
-        char block[HtmlCursor::batch];
-        unsigned long size = sizeof block;
-        if (!stream.read(block, size) || size == 0)
-            return false;
-        buffer.append(block, size < sizeof block ? size : sizeof block);
-    }
-    return true;
+    if (buffer.getLength() >= count)
+        return true;
+    HtmlCursor cursor(*this, HtmlCursor::Shared);
+    const bool grown = cursor.need(count);
+    cursor.leave();
+    return grown;
 }
 
 bool OCHtmlParserReader::peekCharacter(char c) {
