@@ -134,8 +134,8 @@ OCAnsiString makeTable(const Run& run, const JobList& jobs) {
         table += makeRow(job.name, width, job.getStateName(), time.right(8),
                          started ? formatSeconds(job.duration) : "-", visible(describeEnd(job)));
     }
-    return table + number(jobs.getCount()) + " jobs: " + number(jobs.countState(JobSucceeded)) +
-           " succeeded, " + number(jobs.countState(JobFailed)) + " failed, " +
-           number(jobs.countState(JobSkipped)) + " skipped; " + formatSeconds(run.duration) +
-           " s\n";
+    return table + number(jobs.getCount()) + (jobs.getCount() == 1 ? " job: " : " jobs: ") +
+           number(jobs.countState(JobSucceeded)) + " succeeded, " +
+           number(jobs.countState(JobFailed)) + " failed, " + number(jobs.countState(JobSkipped)) +
+           " skipped; " + formatSeconds(run.duration) + " s\n";
 }
