@@ -87,7 +87,14 @@ template<class Kind>
 class OCSystemAccountTest : public testing::Test {};
 
 typedef testing::Types<User, Group> Kinds;
-TYPED_TEST_SUITE(OCSystemAccountTest, Kinds);
+struct KindNames {
+    template<class Kind>
+    static std::string GetName(int) {
+        return std::is_same_v<Kind, User> ? "User" : "Group";
+    }
+};
+
+TYPED_TEST_SUITE(OCSystemAccountTest, Kinds, KindNames);
 
 const char unknownName[] = "no-such-account-of-orvabase";
 constexpr unsigned int unknownIdentifier = 3999999999u;
