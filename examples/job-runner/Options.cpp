@@ -55,6 +55,8 @@ void Options::read(int argc, char** argv) {
     }
     if (file.getLength() == 0 && !help && !version)
         fail("no job file is given");
+    if (report.getLength() > 0 && report == file)
+        fail("the report would replace the job file " + file);
 }
 
 void Options::readOption(const OCApplicationArgument& argument) {

@@ -18,6 +18,11 @@ Progress::Progress(unsigned long jobCount, bool quiet)
     : total(jobCount), silent(quiet), terminal(isCapableTerminal(STDERR_FILENO)),
       running(StringListCaseSensitive, StringListModeUnsorted), stream(STDERR_FILENO) {}
 
+Progress::~Progress() {
+    if (terminal)
+        print("\r\x1b[K");
+}
+
 void Progress::jobStarted(const Job& job) {
     running.addString(job.name);
     if (terminal)
@@ -42,11 +47,6 @@ void Progress::jobSettled(const Job& job) {
     print(line + "\n");
 }
 
-void Progress::finish() {
-    if (terminal)
-        print("\r\x1b[K");
-}
-
 void Progress::update() {
     OCAnsiString line = "[" + number(settled) + "/" + number(total) + "]";
     if (unsuccessful > 0)
@@ -63,7 +63,7 @@ void Progress::print(const OCAnsiString& text) {
         return;
     try {
         stream.print(text);
-    } catch (const OXStream&) {
+    } catch (const OXException&) {
         silent = true;
     }
 }

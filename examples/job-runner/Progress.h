@@ -11,12 +11,12 @@
 class Progress : public OCObject {
 public:
     Progress(unsigned long jobCount, bool quiet);
+    /// Takes the changing line away.
+    ~Progress() override;
 
     void jobStarted(const Job& job);
     /// The job has succeeded, failed or been skipped.
     void jobSettled(const Job& job);
-    /// Takes the changing line away.
-    void finish();
 
 private:
     void update();

@@ -49,7 +49,6 @@ void runJobs(JobList& jobs, Run& run, bool quiet) {
         jobs.getJob(i).identifier = makeIdentifier();
     Progress progress(jobs.getCount(), quiet);
     Scheduler(jobs, run.workers, progress).run();
-    progress.finish();
     run.duration = elapsedMilliseconds(stopwatch);
 }
 
