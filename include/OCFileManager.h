@@ -16,7 +16,8 @@ public:
     ~OCFileManagerEvents() override;
 
     /// Each is called just before the manager acts on the path, so also when that then fails. They
-    /// do nothing here.
+    /// do nothing here. The path lasts until the call returns; the one that was given to the
+    /// manager may be changed meanwhile, the manager has its own copy.
     virtual void onCreateDirectory(const OCFilePath& path);
     virtual void onDeleteDirectory(const OCFilePath& path);
     virtual void onDeleteFile(const OCFilePath& path);
@@ -48,8 +49,8 @@ public:
     /// `OCFilePath::existsDirectory`).
     /// @throws OXFileManager_CreateDirectoryError with the system's text, OXMemory_AllocationError
     void createDirectory(const OCFilePath& path);
-    /// Deletes a file, or what else the system removes under this name.
-    /// @throws OXFileManager_DeleteFileError with the system's text.
+    /// Deletes a file, or what else the system removes under this name (an empty directory, too).
+    /// @throws OXFileManager_DeleteFileError with the system's text, OXMemory_AllocationError
     void deleteFile(const OCFilePath& path);
     /// Deletes a directory: with all that is in it when `recursive`, otherwise only an empty one. A
     /// symbolic link is removed itself, and its target stays.

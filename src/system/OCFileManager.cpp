@@ -165,24 +165,26 @@ void OCFileManager::createDirectory(const OCFilePath& path) {
 }
 
 void OCFileManager::deleteFile(const OCFilePath& path) {
-    onDeleteFile(path);
-    if (remove(path.getString()) == -1) {
+    const OCFilePath target(path); // the observer may change the caller's path
+    onDeleteFile(target);
+    if (remove(target.getString()) == -1) {
         const unsigned int code = lastError();
         throw OXFileManager_DeleteFileError(code);
     }
 }
 
 void OCFileManager::deleteDirectory(const OCFilePath& path, bool recursive) {
-    onDeleteDirectory(path);
-    if (path.getFileType(false) == FileTypeSymbolicLink) {
-        removeLink(path);
+    const OCFilePath target(path); // the observer may change the caller's path
+    onDeleteDirectory(target);
+    if (target.getFileType(false) == FileTypeSymbolicLink) {
+        removeLink(target);
         return;
     }
     if (recursive) {
-        recursiveDeleteFiles(path);
-        recursiveDeleteDirectories(path);
+        recursiveDeleteFiles(target);
+        recursiveDeleteDirectories(target);
     }
-    removeEmptyDirectory(path);
+    removeEmptyDirectory(target);
 }
 
 void OCFileManager::recursiveDeleteFiles(const OCFilePath& path) {

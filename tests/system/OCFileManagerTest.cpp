@@ -518,6 +518,28 @@ TEST(OCFileManagerTest, AFileThatCannotBeDeletedIsAnErrorBehindTheEvent) {
     EXPECT_TRUE(exists(file));
 }
 
+TEST(OCFileManagerTest, AnObserverMayChangeThePathOfWhatIsDeleted) {
+    ScratchDirectory directory;
+    std::filesystem::create_directories(directory.file("tree/a"));
+    std::ofstream(directory.file("tree/a/f")) << "x";
+    std::filesystem::create_directory(directory.file("empty"));
+    std::filesystem::create_directory(directory.file("other"));
+    std::filesystem::create_directory_symlink(directory.file("other"), directory.file("link"));
+    std::ofstream(directory.file("file")) << "x";
+    const OCFilePath other = pathOf(directory.file("other"));
+    OCFilePath path;
+    Recorder recorder;
+    recorder.also = [&](const std::string&) { path = other; };
+    OCFileManager manager(recorder);
+    for (const char* name : {"tree", "empty", "link"}) {
+        path = pathOf(directory.file(name));
+        manager.deleteDirectory(path, true);
+    }
+    path = pathOf(directory.file("file"));
+    manager.deleteFile(path);
+    EXPECT_EQ(entriesOf(directory.path), Log{"other"});
+}
+
 TEST(OCFileManagerTest, AnObserverThatThrowsKeepsTheFile) {
     ScratchDirectory directory;
     const std::string file = directory.write("file", "x");
