@@ -180,7 +180,7 @@ public:
 
     /// The executable, which is also the first of the strings that its `main` gets.
     ///
-    /// Note: `PATH` is not searched.
+    /// Note: `PATH` is not searched, and a relative name is looked up from the execution directory.
     const OCFilePath& getExecutionFilename() const { return executionFilename; }
     /// @throws OXMemory_AllocationError; the filename is then as it was.
     void setExecutionFilename(const OCFilePath& filename);
@@ -234,6 +234,11 @@ public:
     /// Says which stream the child's standard error is to be: stores it through `stream` and
     /// returns true, or returns false to leave the child that of this process. The stream stays the
     /// caller's. Called in the child, where memory should not be allocated.
+    ///
+    /// Note: the streams are put in place one after the other: error, input, output. A stream over
+    /// descriptor 0, 1 or 2 means what that descriptor is when its turn comes, so for the standard
+    /// output a stream over descriptor 2 is where the child's errors go. Only the files of this
+    /// object are moved out of the way when they have such a number.
     virtual bool divertStandardError(OCHandleStream** stream);
     /// The same for the standard input.
     virtual bool divertStandardInput(OCHandleStream** stream);

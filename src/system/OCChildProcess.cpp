@@ -48,6 +48,25 @@ bool duplicate(const OCHandleStream* stream, int descriptor) noexcept {
     return stream != nullptr && dup2(stream->getHandle(), descriptor) != -1;
 }
 
+/// Looks once whether the child `identifier` has ended.
+bool hasEnded(int identifier, int& exitStatus) {
+    if (identifier <= 0) // which would mean any child
+        throw OXChildProcess_WaitFailed();
+    int status = 0;
+    const int ended = waitpid(identifier, &status, WNOHANG);
+    if (ended == 0)
+        return false;
+    if (ended != identifier)
+        throw OXChildProcess_WaitFailed();
+    if (WIFEXITED(status)) {
+        exitStatus = WEXITSTATUS(status);
+        return true;
+    }
+    if (WIFSIGNALED(status))
+        throw OXChildProcess_UnexpectedSignal(static_cast<unsigned int>(WTERMSIG(status)));
+    throw OXChildProcess_WaitFailed();
+}
+
 } // namespace
 
 OCChildProcessObject::~OCChildProcessObject() noexcept = default;
@@ -176,9 +195,10 @@ bool OCChildProcess::processOverlay(OCChildProcessContext& context) {
 }
 
 bool OCChildProcess::processWait(int& exitStatus, unsigned int timeoutMilliseconds) {
+    const int identifier = handles.getProcessIdentifier(); // whatever stopWaiting() starts
     const OCCountdown countdown(timeoutMilliseconds);
     while (!countdown.timeout() && !stopWaiting()) {
-        if (processRequest(exitStatus))
+        if (hasEnded(identifier, exitStatus))
             return true;
         OCCountdown::delay(waitStep);
     }
@@ -186,22 +206,7 @@ bool OCChildProcess::processWait(int& exitStatus, unsigned int timeoutMillisecon
 }
 
 bool OCChildProcess::processRequest(int& exitStatus) {
-    const int identifier = handles.getProcessIdentifier();
-    if (identifier <= 0) // which would mean any child
-        throw OXChildProcess_WaitFailed();
-    int status = 0;
-    const int ended = waitpid(identifier, &status, WNOHANG);
-    if (ended == 0)
-        return false;
-    if (ended != identifier)
-        throw OXChildProcess_WaitFailed();
-    if (WIFEXITED(status)) {
-        exitStatus = WEXITSTATUS(status);
-        return true;
-    }
-    if (WIFSIGNALED(status))
-        throw OXChildProcess_UnexpectedSignal(static_cast<unsigned int>(WTERMSIG(status)));
-    throw OXChildProcess_WaitFailed();
+    return hasEnded(handles.getProcessIdentifier(), exitStatus);
 }
 
 void OCChildProcess::processKill() {

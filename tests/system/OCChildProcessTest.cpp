@@ -332,6 +332,16 @@ TEST(OCChildProcess, RunsInItsDirectory) {
               contentOf(stays.getStandardOutput()));
 }
 
+TEST(OCChildProcess, LooksForARelativeFilenameFromItsDirectory) {
+    const ScratchDirectory scratch;
+    scratch.write("here", "#!/bin/sh\nexit 7\n");
+    std::filesystem::permissions(scratch.file("here"), std::filesystem::perms::owner_all);
+    OCChildProcess process;
+    process.setExecutionFilename("./here");
+    process.setExecutionDirectory(scratch.path.c_str());
+    EXPECT_EQ(7, process.execute());
+}
+
 TEST(OCChildProcess, ChangesNothingElseInTheChild) {
     Script process("umask; ps -o sid= -p $$ | tr -d ' '; id -u; id -g");
     const mode_t mask = umask(0);
@@ -529,6 +539,32 @@ TEST(OCChildProcess, MovesItsFilesAwayFromTheStandardDescriptors) {
               }));
 }
 
+TEST(OCChildProcess, TheMovedDescriptorsAreForTheStartAlone) {
+    EXPECT_EQ("0 inherited, 0 left", inChild([] {
+                  const auto inheritable = [] {
+                      long count = 0;
+                      for (int handle = 3; handle != 1024; ++handle)
+                          count += fcntl(handle, F_GETFD) == 0 ? 1 : 0;
+                      return count;
+                  };
+                  close(0);
+                  close(1);
+                  close(2);
+                  Script process("exit 0");
+                  OCChildProcessContext context(process);
+                  const long open = openDescriptors();
+                  const long before = inheritable();
+                  long started = -1;
+                  Replacement running(calls::execve, [&](const char*, char* const*, char* const*) {
+                      started = inheritable();
+                      return -1;
+                  });
+                  const bool overlaid = process.processOverlay(context);
+                  return (overlaid ? "overlaid" : std::to_string(started - before)) +
+                         " inherited, " + std::to_string(openDescriptors() - open) + " left";
+              }));
+}
+
 TEST(OCChildProcess, AFileThatCannotBeMovedAwayEndsTheStart) {
     for (unsigned long number = 1; number <= 3; ++number)
         EXPECT_EQ(
@@ -633,6 +669,48 @@ TEST(OCChildProcess, WritesToOtherStreamsOnDemand) {
     EXPECT_EQ(OCAnsiString("out\nerr\n"), OCStringUtilities::importStream(process.other));
     EXPECT_EQ("", contentOf(process.getStandardOutput()));
     EXPECT_EQ("", contentOf(process.getStandardError()));
+}
+
+TEST(OCChildProcess, AStreamOverAStandardDescriptorMeansWhatThatIsAtItsTurn) {
+    struct Merged : Script {
+        using Script::Script;
+        ~Merged() override { errors.dropHandle(); }
+        bool divertStandardOutput(OCHandleStream** stream) override {
+            errors.setHandle(2);
+            *stream = &errors;
+            return true;
+        }
+        OCHandleStream errors;
+    } process("echo out; echo err >&2");
+    EXPECT_EQ(0, process.execute());
+    EXPECT_EQ("out\nerr\n", contentOf(process.getStandardError()));
+    EXPECT_EQ("", contentOf(process.getStandardOutput()));
+}
+
+TEST(OCChildProcess, ItsFilesMayBeExchanged) {
+    struct Exchanged : Script {
+        using Script::Script;
+        bool divertStandardError(OCHandleStream** stream) override {
+            *stream = &getStandardOutput().getStream();
+            return true;
+        }
+        bool divertStandardOutput(OCHandleStream** stream) override {
+            *stream = &getStandardError().getStream();
+            return true;
+        }
+    };
+    // With each set of standard descriptors that the parent has closed.
+    for (int closed = 0; closed != 8; ++closed)
+        EXPECT_EQ("0 [out in] [err]", inChild([closed] {
+                      for (int standard = 0; standard != 3; ++standard)
+                          if ((closed >> standard & 1) != 0)
+                              close(standard);
+                      Exchanged process("printf 'out '; cat; printf err >&2");
+                      setInput(process, "in");
+                      const int status = process.execute();
+                      return std::to_string(status) + " [" + contentOf(process.getStandardError()) +
+                             "] [" + contentOf(process.getStandardOutput()) + "]";
+                  }));
 }
 
 TEST(OCChildProcess, ReadsFromAnotherStreamOnDemand) {
@@ -783,6 +861,22 @@ TEST_F(OCChildProcessWait, AsksWhetherToStopBeforeTheFirstLook) {
     EXPECT_FALSE(process.processWait(status, 600000));
     EXPECT_EQ(-1, status);
     EXPECT_EQ(0u, answer.count);
+}
+
+TEST(OCChildProcess, WaitsForTheChildOfTheBeginning) {
+    struct Changing : OCChildProcess {
+        bool stopWaiting() override {
+            getHandles().setProcessIdentifier(4712);
+            return ++asked == 3;
+        }
+        int asked = 0;
+    } process;
+    process.getHandles().setProcessIdentifier(4711);
+    const Answer answer(0);
+    int status = -1;
+    EXPECT_FALSE(process.processWait(status, 600000));
+    EXPECT_EQ(2u, answer.count);
+    EXPECT_EQ(4711, answer.asked);
 }
 
 TEST_F(OCChildProcessWait, ReportsSignalsByTheLowSevenBits) {
