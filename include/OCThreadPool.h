@@ -105,6 +105,7 @@ public:
 private:
     void awaitStart();
     void awaitAcceptance();
+    bool isAcceptedSoon() noexcept;
     bool withdrawJob() noexcept;
     void offer() noexcept;
     void stop() noexcept;

@@ -9,6 +9,9 @@ namespace {
 constexpr unsigned int idleInterval = 2000;
 /// How often the constructor of a worker looks whether its thread has ended before it started.
 constexpr unsigned int startInterval = 20;
+/// How often a submitter looks whether his job was accepted before he goes to sleep. Most workers
+/// are that fast; two sleeps and wakings a job are then saved, a third of its time.
+constexpr int looksForAcceptance = 10;
 /// How often an operation that must not be left out is tried.
 constexpr int attempts = 1000;
 
@@ -180,6 +183,8 @@ void OCThreadPoolWorker::setJob(const OCThreadPoolJob& newJob) {
 /// Waits until the worker has taken the job or has ended. If waiting fails, the job is withdrawn;
 /// if that is too late, the worker is about to announce what it does with it.
 void OCThreadPoolWorker::awaitAcceptance() {
+    if (isAcceptedSoon())
+        return;
     for (int tries = 0;; ++tries) {
         try {
             acceptedEvent.waitFor();
@@ -194,6 +199,17 @@ void OCThreadPoolWorker::awaitAcceptance() {
         }
         sched_yield();
     }
+}
+
+/// Looks for the acceptance while letting other threads run. False settles nothing.
+bool OCThreadPoolWorker::isAcceptedSoon() noexcept {
+    bool accepted = false;
+    for (int looks = 0; looks < looksForAcceptance && !accepted; ++looks) {
+        sched_yield();
+        if (!attempt([&] { accepted = acceptedEvent.waitFor(0); }))
+            return false;
+    }
+    return accepted;
 }
 
 /// Takes the job back. False when the worker has noticed it already.
