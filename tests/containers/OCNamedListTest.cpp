@@ -159,6 +159,12 @@ TEST(OCNamedList, AnUnsortedOneKeepsTheOrder) {
         EXPECT_EQ((Pairs{{"b", "1"}, {"a", "2"}}), pairs(odd));
         EXPECT_TRUE(odd.contains("a"));
         EXPECT_TRUE(odd.contains("b"));
+        List merged(odd);
+        merged.addElement("b", "3");
+        EXPECT_EQ((Pairs{{"b", "1"}, {"a", "2"}, {"b", "3"}}), pairs(merged));
+        merged.append(unsorted({{"z", "4"}, {"b", "5"}, {"c", "6"}}));
+        EXPECT_EQ((Pairs{{"b", "5"}, {"a", "2"}, {"b", "3"}, {"z", "4"}, {"c", "6"}}),
+                  pairs(merged));
     }
 }
 
@@ -274,6 +280,9 @@ TEST(OCNamedList, ValuesAreFoundByName) {
         EXPECT_FALSE(list.contains("c"));
         EXPECT_EQ(OCAnsiString("2"), list.getValue("b", "none"));
         EXPECT_EQ(OCAnsiString("none"), list.getValue("c", "none"));
+        // An empty value is a value.
+        list.setValue("b", "");
+        EXPECT_EQ(OCAnsiString(""), list.getValue("b", "none"));
         EXPECT_EXCEPTION(list.getValue("c"), OXNamedList_NoSuchName,
                          "Named element does not exist (c)");
         EXPECT_EXCEPTION(list.getValue("A"), OXNamedList_NoSuchName,
@@ -681,8 +690,11 @@ TEST(OCNamedList, AgreesWithAModel) {
     for (int round = 0; round < 200; ++round) {
         SCOPED_TRACE(round);
         const bool sensitive = random() % 2 != 0, sortedNames = random() % 2 != 0;
-        OCNamedList list(sensitive ? NamedListCaseSensitive : NamedListCaseInsensitive,
-                         sortedNames ? NamedListModeSorted : NamedListModeUnsorted);
+        // Any other number says the same as the enumerators that are not special.
+        const int unlisted = 2 + static_cast<int>(random() % 3);
+        const int plain = random() % 2 == 0 ? unlisted : 0;
+        OCNamedList list(static_cast<OENamedListCase>(sensitive ? unlisted - 1 : 0),
+                         static_cast<OENamedListMode>(sortedNames ? 1 : plain));
         Model model(sensitive, sortedNames);
         const unsigned long range = 1 + random() % 60;
         Removed removed;

@@ -223,6 +223,17 @@ TEST(OCBase64Encoder, AWriteThatFailsOnTheWayLeavesTheSourceBehindTheLastBlock) 
     EXPECT_EQ(target.takeCalls(), Calls({"write 4096 -> refused", "write 4096 -> 4096"}));
 }
 
+TEST(OCBase64Encoder, ALineEndThatFillsTheBufferIsWrittenWithItsBlock) {
+    // 2048 lines of 66 characters are the first that fill a whole number of buffers, 33.
+    RecordingStream source(std::string(2048 * 48, '\0'));
+    RecordingStream target;
+    target.writes = {{33, 33, Outcome::Refuse}};
+    EXPECT_EQ(thrown<OXStream_WriteError>([&] { OCBase64Encoder().encode(source, target); }),
+              "OXStream_WriteError: Writing to the stream failed");
+    EXPECT_EQ(source.readCount, 24U);
+    EXPECT_EQ(target.data.size(), 2048U * 66);
+}
+
 TEST(OCBase64EncoderReader, ReadsBlocksOfThree) {
     OCMemoryStream stream("abcdefgh", 8);
     OCBase64EncoderReader reader(stream);

@@ -236,6 +236,12 @@ TEST(OCHexDump, ASizeThatWrapsIsAnAllocationFailure) {
     dump.setByteSeparator("");
     EXPECT_EQ(thrown<OXMemory_AllocationError>([&] { dump.dumpMultipleLines("a", ~0UL / 4 + 1); }),
               failure);
+    // Twice this size is 0 again, to which nothing is added here.
+    dump.setLineSeparator("");
+    const unsigned long half = ~0UL / 2 + 1;
+    EXPECT_EQ(thrown<OXMemory_AllocationError>([&] { dump.dumpSingleLine("a", half); }), failure);
+    EXPECT_EQ(thrown<OXMemory_AllocationError>([&] { dump.dumpMultipleLines("a", half); }),
+              failure);
 }
 
 TEST(OCHexDump, ASeparatorThatCannotBeKeptChangesNothing) {

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -33,6 +34,21 @@ void transfer(OCStream& source, OCStream& target, unsigned long blockSize) {
     transfer.setBlockSize(blockSize);
     transfer.execute();
 }
+
+/// Fills what it is given once, and claims more.
+class Boasting : public OCNullStream {
+public:
+    bool read(void* buffer, unsigned long& count) override {
+        if (ended)
+            return false;
+        std::memset(buffer, 'b', count);
+        count += 1000;
+        ended = true;
+        return true;
+    }
+
+    bool ended = false;
+};
 
 } // namespace
 
@@ -132,11 +148,22 @@ TEST(OCStreamTransfer, AReadOfNoBytesIsTheEnd) {
     EXPECT_EQ(target.data, "ab");
 }
 
+TEST(OCStreamTransfer, ASourceThatClaimsTooMuchIsCutToTheBlock) {
+    Boasting source;
+    RecordingStream target;
+    transfer(source, target, 100);
+    EXPECT_EQ(target.takeCalls(), Calls({"write 100 -> 100"}));
+    EXPECT_EQ(target.data, std::string(100, 'b'));
+}
+
 TEST(OCStreamTransfer, NeedsASourceFirst) {
     OCStreamTransfer transfer;
     const char* const text = "OXStreamTransfer_UnassignedSource: The source stream is unassigned";
     EXPECT_EQ(thrown<OXStreamTransfer_UnassignedSource>([&] { transfer.validateSource(); }), text);
     EXPECT_EQ(thrown<OXStreamTransfer_UnassignedSource>([&] { transfer.validate(); }), text);
+    EXPECT_EQ(thrown<OXStreamTransfer_UnassignedSource>([&] { transfer.execute(); }), text);
+    // Before a block is allocated.
+    transfer.setBlockSize(~0UL);
     EXPECT_EQ(thrown<OXStreamTransfer_UnassignedSource>([&] { transfer.execute(); }), text);
     OCMemoryStream target;
     transfer.useTarget(target);
