@@ -16,8 +16,8 @@ struct Capture {
 
 /// A job: what the job file says about it, and how it went.
 ///
-/// While it runs, only the thread that runs it may look at the outcome; the state
-/// belongs to the thread that schedules the jobs.
+/// While it runs, the outcome belongs to the thread that runs it; the state always belongs to the
+/// thread that schedules the jobs.
 class Job : public OCObject {
 public:
     Job()
@@ -48,7 +48,7 @@ public:
     OCStringList prerequisiteNames;
     OCVector prerequisites; ///< the jobs of these names, not owned
 
-    // The outcome.
+    // The state, and the outcome.
     JobState state = JobWaiting;
     OCUniqueIdentifier identifier;
     OCDateTime started;        ///< UTC

@@ -14,11 +14,6 @@ Scheduler::Scheduler(JobList& list, unsigned int workers, Progress& display)
     : jobs(list), workerCount(workers), progress(display),
       jobEnded(EventStateNotSignalled, EventTypeAutoReset), pool(parametersOf(workers)) {}
 
-Scheduler::~Scheduler() {
-    pool.shutdown();
-    OCVectorUtilities(running).deleteElements();
-}
-
 OCThreadPoolParameters Scheduler::parametersOf(unsigned int workers) {
     OCThreadPoolParameters parameters;
     parameters.setInitialSize(0);

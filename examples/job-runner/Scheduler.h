@@ -11,13 +11,16 @@
 class Scheduler : public OCObject {
 public:
     Scheduler(JobList& list, unsigned int workers, Progress& display);
-    ~Scheduler() override;
 
     /// Returns when every job has succeeded, failed or been skipped.
     void run();
 
 private:
     class Task;
+    class TaskList : public OCVector {
+    public:
+        ~TaskList() noexcept override { OCVectorUtilities(*this).deleteElements(); }
+    };
 
     static unsigned int runTask(OCObject* task);
     static OCThreadPoolParameters parametersOf(unsigned int workers);
@@ -29,10 +32,10 @@ private:
     JobList& jobs;
     const unsigned int workerCount;
     Progress& progress;
-    OCVector running;          ///< tasks, owned
+    TaskList running;
     OCCriticalSection section; ///< guards what tasks say about their end
     OCEvent jobEnded;
-    OCThreadPool pool; ///< the last one, as its destructor waits for the running jobs
+    OCThreadPool pool; ///< the last one: its destructor waits for the running tasks
 };
 
 #endif
