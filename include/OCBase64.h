@@ -89,6 +89,11 @@ private:
 };
 
 /// Reads a stream in the decoder's blocks of 4 characters, through an `OCStreamReader`.
+///
+///     OCMemoryStream stream("TW\r\nFu", 6);
+///     OCBase64DecoderReader reader(stream);
+///     char block[4];
+///     reader.readBlock(block);   // 4: TWFu
 class ORVABASE_EXPORT OCBase64DecoderReader : public OCObject {
 public:
     /// A reader of `source`, which stays the caller's and must outlive it.
@@ -111,6 +116,9 @@ private:
 
 /// Writes the decoder's bytes, through an `OCStreamWriter`. What is waiting is written when the
 /// adapter goes; failures of that are discarded.
+///
+///     OCBase64DecoderWriter writer(stream);
+///     writer.writeBlock("Man", 3);
 class ORVABASE_EXPORT OCBase64DecoderWriter : public OCObject {
 public:
     /// A writer to `target`, which stays the caller's and must outlive it.

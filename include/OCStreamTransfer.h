@@ -35,7 +35,7 @@ public:
     void validate() const;
 
     /// Reads the source from its position to its end, block by block, and writes each block to the
-    /// target. Neither stream is rewound, before or after. One allocation, of a block.
+    /// target. Neither stream is rewound or flushed, before or after. One allocation, of a block.
     ///
     /// Exceptions of the streams pass through; what was written until then stays written.
     /// @throws OXStreamTransfer_UnassignedSource, OXStreamTransfer_UnassignedTarget,

@@ -47,13 +47,16 @@ public:
     /// 0, 1 and the end produces nothing.
     ///
     /// The stream is left behind the last character that the filter has read, if it can seek; also
-    /// by an exception, behind the character that caused it.
+    /// by an exception, behind the character that caused it. What was read before an exception is
+    /// dropped.
     /// @throws OXStringFilter_DecodeError, OXMemory_AllocationError; exceptions of the stream pass
     /// through.
     OCAnsiString readAnsi(OCStream& stream) const;
     OCWideString readWide(OCStream& stream) const;
     /// Write the characters of `text`, one after the other, with writes of 4096 bytes. All is
     /// written when they return.
+    ///
+    /// Note: when an exception of the stream leaves, what was waiting is tried once more.
     /// @throws OXMemory_AllocationError; exceptions of the stream pass through.
     void writeAnsi(OCStream& stream, const OCAnsiString& text) const;
     void writeWide(OCStream& stream, const OCWideString& text) const;
