@@ -6,6 +6,10 @@
 
 class OCStringArray;
 
+namespace orvabase {
+class StreamRuns;
+}
+
 /// A stream over memory that grows as it is written.
 ///
 /// The storage grows in whole blocks and never shrinks before the stream is destroyed. The position
@@ -72,6 +76,7 @@ public:
 
 private:
     friend class OCStringArray; // hands out the storage itself
+    friend class orvabase::StreamRuns;
 
     bool isDerived() const noexcept;
     void growFor(unsigned long count);

@@ -62,6 +62,8 @@ public:
 private:
     friend class orvabase::StreamRuns;
 
+    static constexpr unsigned long capacity = 4096;
+
     // Without the character, so that the caller's may stay in a register.
     bool fetch();
 

@@ -126,6 +126,18 @@ KERNEL_INLINE unsigned long mismatch(const Character* a, const Character* b,
     return indexOfLowest<Character>(~same);
 }
 
+/// The folded order of the first 16 bytes, all of which can be read but only `count` of which
+/// count: below, at or above 0 as `a` is less, equal or greater. Bytes are signed.
+KERNEL_INLINE int orderFolded(const char* a, const char* b, unsigned long count) noexcept {
+    using Lanes = sse2::Lanes<char>;
+    const sse2::Register v = sse2::lowerLanes<char>(sse2::load(a));
+    const sse2::Register w = sse2::lowerLanes<char>(sse2::load(b));
+    const unsigned int counted = count < 16 ? (1U << count) - 1 : 0xFFFF;
+    const unsigned int different = ~Lanes::bits(Lanes::equal(v, w)) & counted;
+    const unsigned int first = different & (0 - different);
+    return (first & Lanes::bits(Lanes::greater(v, w))) != 0 ? 1 : -(first != 0);
+}
+
 template<class Character, bool toLower>
 inline sse2::Register foldRegister(sse2::Register v) noexcept {
     return toLower ? sse2::lowerLanes<Character>(v) : sse2::upperLanes<Character>(v);

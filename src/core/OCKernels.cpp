@@ -90,6 +90,23 @@ unsigned long mismatchFolded(const char* a, const char* b, unsigned long count) 
                                        : chosen->mismatchFolded(a, b, count);
 }
 
+int orderFolded(const char* a, const char* b, unsigned long count) noexcept {
+    // Most differ soon. Whoever does not is worth the way to the faster form.
+    constexpr unsigned long soon = 64;
+    unsigned long i = 0;
+    do {
+        if (const int order = brief::orderFolded(a + i, b + i, count - i))
+            return order;
+        i += 16;
+        if (i >= count)
+            return 0;
+    } while (i < soon);
+    i += chosen->mismatchFolded(a + i, b + i, count - i);
+    if (i == count)
+        return 0;
+    return lower(static_cast<signed char>(a[i])) < lower(static_cast<signed char>(b[i])) ? -1 : 1;
+}
+
 void foldLower(char* to, const char* from, unsigned long count) noexcept {
     brief::isBrief<char>(count) ? brief::fold<char, true>(to, from, count)
                                 : chosen->foldLower(to, from, count);

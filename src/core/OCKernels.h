@@ -24,6 +24,10 @@ unsigned long findTextFolded(const char* text, unsigned long count, const char* 
 /// The index of the first difference, `count` when there is none.
 unsigned long mismatch(const char* a, const char* b, unsigned long count) noexcept;
 unsigned long mismatchFolded(const char* a, const char* b, unsigned long count) noexcept;
+/// The folded order of the first `count` bytes, which are signed: below, at or above 0 as `a` is
+/// less, equal or greater. Unlike the others, it may read up to the next multiple of 16 bytes,
+/// and 16 at least.
+int orderFolded(const char* a, const char* b, unsigned long count) noexcept;
 /// The first byte that is not white space: whose unsigned value is above 32. `count` when all are.
 unsigned long skipWhiteSpace(const char* text, unsigned long count) noexcept;
 /// The first byte that an HTML name does not have: no ASCII letter or digit, nor one of `! - : _`.

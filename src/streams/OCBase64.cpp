@@ -26,6 +26,21 @@ bool isPassedOver(char c) noexcept {
     return static_cast<signed char>(c) < 32;
 }
 
+/// Encodes as many whole lines as there are bytes and room for.
+StreamRuns::Moved encodeLines(char* to, unsigned long room, const char* from,
+                              unsigned long count) noexcept {
+    const unsigned long lines = smaller(count / (3 * groupsPerLine), room / (lineWidth + 2));
+    kernels::encodeBase64Lines(to, from, lines);
+    return {3 * groupsPerLine * lines, (lineWidth + 2) * lines};
+}
+
+/// Decodes as many groups in a row, of which nothing is cut, as there is room for.
+StreamRuns::Moved decodeGroups(char* to, unsigned long room, const char* from,
+                               unsigned long count) noexcept {
+    const kernels::Decoded done = kernels::decodeBase64(to, room, from, count);
+    return {done.read, done.written};
+}
+
 } // namespace
 
 OCBase64EncoderReader::OCBase64EncoderReader(OCStream& source) : reader(source) {}
@@ -57,6 +72,7 @@ OCBase64Encoder::~OCBase64Encoder() noexcept = default;
 void OCBase64Encoder::encode(OCStream& source, OCStream& target) {
     OCBase64EncoderReader reader(source);
     OCBase64EncoderWriter writer(target);
+    StreamRuns::translateMemory(reader.reader, writer.writer, encodeLines);
     for (;;) {
         encodeRun(reader, writer);
         char in[3];
@@ -198,6 +214,8 @@ void OCBase64Decoder::decode(OCStream& source, OCStream& target) {
     OCBase64DecoderWriter writer(target);
     // A derived class may have built another table.
     const bool isStandard = std::memcmp(matrix, OCBase64Decoder().matrix, sizeof matrix) == 0;
+    if (isStandard)
+        StreamRuns::translateMemory(reader.reader, writer.writer, decodeGroups);
     for (;;) {
         if (isStandard)
             decodeRun(reader, writer);
@@ -224,9 +242,9 @@ void OCBase64Decoder::decode(OCStream& source, OCStream& target) {
 /// Decodes the blocks for which no stream has to be called and of which nothing is cut, like
 /// `encodeRun`. Characters to be passed over before a block are read as that block would.
 void OCBase64Decoder::decodeRun(OCBase64DecoderReader& reader, OCBase64DecoderWriter& writer) {
-    const kernels::Decoded done = kernels::decodeBase64(
-        StreamRuns::room(writer.writer), StreamRuns::roomCount(writer.writer),
-        StreamRuns::fetched(reader.reader), StreamRuns::fetchedCount(reader.reader));
+    const StreamRuns::Moved done =
+        decodeGroups(StreamRuns::room(writer.writer), StreamRuns::roomCount(writer.writer),
+                     StreamRuns::fetched(reader.reader), StreamRuns::fetchedCount(reader.reader));
     StreamRuns::skip(reader.reader, done.read);
     StreamRuns::add(writer.writer, done.written);
 }

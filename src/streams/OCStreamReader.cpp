@@ -1,13 +1,7 @@
 #include "OCStreamReader.h"
 
-namespace {
-
-constexpr unsigned long bufferSize = 4096;
-
-} // namespace
-
 OCStreamReader::OCStreamReader(OCStream& source)
-    : buffer(bufferSize), stream(source), position(0), filled(0) {}
+    : buffer(capacity), stream(source), position(0), filled(0) {}
 
 OCStreamReader::~OCStreamReader() noexcept {
     if (filled <= position)
@@ -21,10 +15,10 @@ OCStreamReader::~OCStreamReader() noexcept {
 
 /// Asks the stream for more characters when all that it gave have been read.
 bool OCStreamReader::fetch() {
-    unsigned long n = bufferSize;
+    unsigned long n = capacity;
     if (!stream.read(buffer.getData(), n) || n == 0)
         return false;
     position = 0;
-    filled = n < bufferSize ? n : bufferSize;
+    filled = n < capacity ? n : capacity;
     return true;
 }

@@ -144,10 +144,6 @@ OECompareResult orderBytes(signed char a, signed char b) {
     return static_cast<OECompareResult>((a > b) - (a < b));
 }
 
-char fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// The occurrences of a pattern in a text, from the left and without overlaps. Remembers the places
 /// of a number of them at a time.
 class Occurrences {
@@ -579,9 +575,10 @@ OECompareResult OCAnsiString::compareLong(const OCAnsiString& other) const noexc
 
 OECompareResult OCAnsiString::compareFolded(const OCAnsiString& other) const noexcept {
     const unsigned long common = length < other.length ? length : other.length;
-    const unsigned long i = kernels::mismatchFolded(data, other.data, common);
-    return i < common ? orderBytes(fold(data[i]), fold(other.data[i]))
-                      : order(length, other.length);
+    // The storage of a string is a multiple of 64 bytes.
+    if (const int first = kernels::orderFolded(data, other.data, common))
+        return static_cast<OECompareResult>(first);
+    return order(length, other.length);
 }
 
 bool operator==(const char* left, const OCAnsiString& right) {

@@ -7,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
 #include <memory>
 #include <random>
 #include <string>
@@ -871,6 +873,44 @@ TEST(OCKernelAnchors, RareOnesAreTheRarestCharactersOfThePattern) {
     check(std::string(100, 'e') + "x", 'e', 0, 100);
     EXPECT_EQ(1u, (kernels::rareAnchors<char, true>("EZ", 2).first));
     EXPECT_EQ(0u, (kernels::rareAnchors<wchar_t, false>(L"z\x20AC", 2).first));
+}
+
+TEST(OCKernels, OrderFoldedByTheFirstDifferenceThatCounts) {
+    alignas(16) char a[208];
+    alignas(16) char b[208];
+    for (unsigned long count = 0; count <= 200; ++count)
+        for (unsigned long place = 0; place < count + 20 && place < sizeof a; ++place) {
+            // Behind the difference, and behind what counts, everything is the other way round.
+            std::fill(std::begin(a), std::end(a), '~');
+            std::fill(std::begin(b), std::end(b), '!');
+            for (unsigned long i = 0; i < count; ++i) {
+                a[i] = i > place ? '~' : static_cast<char>('A' + i % 26);
+                b[i] = i > place ? '!' : static_cast<char>('a' + i % 26);
+            }
+            if (place < count) {
+                a[place] = '\x80';
+                b[place] = '\0';
+            }
+            ASSERT_EQ(place < count, kernels::orderFolded(a, b, count) < 0)
+                << count << ' ' << place;
+            ASSERT_EQ(place<count, kernels::orderFolded(b, a, count)> 0) << count << ' ' << place;
+        }
+}
+
+TEST(OCKernels, OrderFoldedKnowsEveryPairOfBytes) {
+    for (const unsigned long place : {0UL, 15UL, 16UL, 70UL})
+        for (int x = -128; x < 128; ++x)
+            for (int y = -128; y < 128; ++y) {
+                char a[80] = {};
+                char b[80] = {};
+                a[place] = static_cast<char>(x);
+                b[place] = static_cast<char>(y);
+                const int left = x >= 'A' && x <= 'Z' ? x + 32 : x;
+                const int right = y >= 'A' && y <= 'Z' ? y + 32 : y;
+                const int order = kernels::orderFolded(a, b, place + 1);
+                ASSERT_EQ(left < right, order < 0) << place << ' ' << x << ' ' << y;
+                ASSERT_EQ(left > right, order > 0) << place << ' ' << x << ' ' << y;
+            }
 }
 
 } // namespace
