@@ -196,7 +196,9 @@ public:
     /// @throws OXChildProcess_ExecuteError when no process could be made;
     /// OXChildProcess_UnexpectedSignal when a signal ended the child, also when it could not be
     /// started; OXChildProcess_WaitTimeout when the time is up or `stopWaiting` said so;
-    /// OXChildProcess_WaitFailed. Before all but the first the child is killed.
+    /// OXChildProcess_WaitFailed. Before all but the first the child is killed. Exceptions of other
+    /// families leave it running: OXCountdown_AcquireTimeError, OXMemory_AllocationError, those of
+    /// an own `stopWaiting`.
     int execute();
 
     /// Starts the executable and returns at once.
@@ -244,7 +246,8 @@ public:
     virtual bool divertStandardInput(OCHandleStream** stream);
     /// The same for the standard output.
     virtual bool divertStandardOutput(OCHandleStream** stream);
-    /// Asked before each look at the child: true ends the wait. False unless overridden.
+    /// Asked before each look at the child: true ends the wait. False unless overridden. Called by
+    /// the thread that waits, so what another thread sets for it must be an atomic, say.
     virtual bool stopWaiting();
 
     /// The steps of the construction: read the environment of this process.

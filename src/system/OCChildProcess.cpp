@@ -17,7 +17,8 @@ constexpr unsigned int executionLimit = 30000; // milliseconds
 constexpr unsigned int waitStep = 20;          // milliseconds
 
 /// Moves a stream's descriptor out of the way of the three standard ones, for as long as the object
-/// lives; the executable does not inherit the new one.
+/// lives; the executable does not inherit the new one. When that fails, the stream has no
+/// descriptor meanwhile, which its duplication then reports.
 class DescriptorMove {
 public:
     explicit DescriptorMove(OCHandleStream& moved) noexcept
@@ -34,8 +35,6 @@ public:
             close(stream.getHandle());
         stream.setHandle(original);
     }
-
-    bool hasFailed() const { return isStandard() && stream.getHandle() == -1; }
 
 private:
     bool isStandard() const { return original >= STDIN_FILENO && original <= STDERR_FILENO; }
@@ -185,8 +184,6 @@ bool OCChildProcess::processOverlay(OCChildProcessContext& context) {
     const DescriptorMove error(standardError.getStream());
     const DescriptorMove input(standardInput.getStream());
     const DescriptorMove output(standardOutput.getStream());
-    if (error.hasFailed() || input.hasFailed() || output.hasFailed())
-        return false;
     if (!standardError.duplicateHandle() || !standardInput.duplicateHandle() ||
         !standardOutput.duplicateHandle())
         return false;

@@ -327,6 +327,9 @@ TEST(OCChildProcess, RunsInItsDirectory) {
               contentOf(process.getStandardOutput()));
 
     Script stays("pwd -P");
+    stays.setExecutionDirectory("/");
+    stays.setExecutionDirectory("");
+    EXPECT_FALSE(stays.hasExecutionDirectory());
     EXPECT_EQ(0, stays.execute());
     EXPECT_EQ(std::filesystem::current_path().string() + "\n",
               contentOf(stays.getStandardOutput()));
@@ -737,6 +740,25 @@ TEST(OCChildProcess, LeavesTheStandardStreamsAloneOnDemand) {
               }));
     EXPECT_EQ("inherited input\n", scratch.read("out"));
     EXPECT_EQ("error\n", scratch.read("err"));
+}
+
+TEST(OCChildProcess, AFileThatIsNotUsedNeedNotBeMovedAway) {
+    EXPECT_EQ("0 [out] [in]", inChild([] {
+                  Diverting process("printf out; cat >&2");
+                  process.error = Diverting::Other;
+                  process.input = Diverting::Inherited;
+                  OCTemporaryFileStream& input = process.getStandardInput().getStream();
+                  setInput(process, "in");
+                  if (dup2(input.getHandle(), 0) != 0)
+                      return std::string("not set up");
+                  input.destroyHandle();
+                  input.setHandle(0);
+                  Failing failing(calls::fcntl, EMFILE);
+                  const int status = process.execute();
+                  process.other.setPosition(0);
+                  return std::to_string(status) + " [" + contentOf(process.getStandardOutput()) +
+                         "] [" + OCStringUtilities::importStream(process.other).getString() + "]";
+              }));
 }
 
 TEST(OCChildProcess, ADiversionToNoStreamIsAFailedDuplication) {

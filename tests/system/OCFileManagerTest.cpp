@@ -938,6 +938,25 @@ TEST(OCFileManagerTest, ALinkInATreeThatCannotBeRemovedIsAnErrorOfTheDirectory) 
               "system)");
 }
 
+TEST(OCFileManagerTest, ADirectoryThatBecomesALinkDuringItsEventIsRemovedAsOne) {
+    for (const char* const name : {"tree", "tree/inner"}) {
+        ScratchDirectory directory;
+        std::filesystem::create_directories(directory.file("tree/inner"));
+        std::filesystem::create_directory(directory.file("outside"));
+        std::ofstream(directory.file("outside/file")) << "x";
+        Recorder recorder;
+        recorder.also = [&](const std::string& path) {
+            if (path != directory.file(name))
+                return;
+            std::filesystem::remove_all(path);
+            std::filesystem::create_directory_symlink(directory.file("outside"), path);
+        };
+        OCFileManager(recorder).deleteDirectory(pathOf(directory.file("tree")), true);
+        EXPECT_EQ(entriesOf(directory.path), Log{"outside"});
+        EXPECT_TRUE(exists(directory.file("outside/file")));
+    }
+}
+
 TEST(OCFileManagerTest, AnObserverThatThrowsStopsTheDeletionAnywhere) {
     for (std::size_t number = 1; number <= 6; ++number) {
         ScratchDirectory directory;
