@@ -227,8 +227,11 @@ public:
     /// Writes a text, each of its lines indented. An empty text writes nothing.
     void characterData(const OCWideString& text);
 
-protected:
-    /// The steps of construction and destruction.
+    /// The steps of construction and destruction. `initialize` gives the writer a new stack without
+    /// open elements; nothing is written and the depth of the output stays.
+    ///
+    /// Note: after `destroy` the writer has no stack: it must not be used before `initialize`.
+    /// @throws OXMemory_AllocationError from `initialize`; the stack then stays.
     void initialize();
     void initializeElementStack();
     void destroy() noexcept;

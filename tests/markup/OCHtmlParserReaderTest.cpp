@@ -240,6 +240,18 @@ TEST(OCHtmlParserReader, FindsAStringThatIsAlsoTheTarget) {
     EXPECT_TRUE(input.reader.findString(both, both));
     EXPECT_EQ("12ab", text(both));
     EXPECT_EQ("12cd12", input.rest());
+
+    // The target moves while it grows.
+    const std::string wanted = "1" + std::string(199, '2');
+    const std::string before(40000, '1');
+    for (const unsigned long portion : {~0UL, 1UL}) {
+        Input large(before + wanted + "cd");
+        large.stream.portion = portion;
+        OCAnsiString target(wanted.c_str());
+        EXPECT_TRUE(large.reader.findString(target, target));
+        EXPECT_EQ(wanted + before, text(target));
+        EXPECT_EQ(wanted + "cd", large.rest());
+    }
 }
 
 TEST(OCHtmlParserReader, FindsLongStringsThatRepeatThemselves) {

@@ -236,6 +236,11 @@ TEST(OCQueryString, ReplacesItsElements) {
     EXPECT_EQ((Pairs{}), pairs(query));
     query = "g";
     EXPECT_EQ((Pairs{{"g", ""}}), pairs(query));
+    query = OCQueryString("h=6&i=7");
+    EXPECT_EQ((Pairs{{"h", "6"}, {"i", "7"}}), pairs(query));
+    const OCQueryString none;
+    EXPECT_EQ(&query, &query.assign(none));
+    EXPECT_EQ((Pairs{}), pairs(query));
 }
 
 TEST(OCQueryString, CopiesAreTheirOwn) {

@@ -283,6 +283,10 @@ TEST(OCResourceLocator, ReplacesAllParts) {
     EXPECT_EQ("x||0||", parts(locator));
     locator.setText("");
     EXPECT_EQ("||0||", parts(locator));
+    locator.setText(full);
+    const OCResourceLocator none;
+    EXPECT_EQ(&locator, &locator.assign(none));
+    EXPECT_EQ("||0||", parts(locator));
 }
 
 TEST(OCResourceLocator, CopiesAreTheirOwn) {

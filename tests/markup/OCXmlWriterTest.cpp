@@ -236,6 +236,24 @@ TEST(OCXmlWriterOutput, WritesLongLinesWithOneWrite) {
     }
 }
 
+TEST(OCXmlWriterOutput, WritesOneLineOfEveryLength) {
+    for (unsigned long length = 240; length <= 1040; ++length) {
+        RecordingStream stream;
+        stream.recording = false;
+        OCXmlWriterOutput output(stream, XmlEncodingAnsi);
+        output.indent();
+        output.write(repeated(L'x', length));
+        EXPECT_EQ("  " + std::string(length, 'x') + "\r\n", stream.data);
+
+        RecordingStream wide;
+        wide.recording = false;
+        OCXmlWriterOutput wideOutput(wide, XmlEncodingWide);
+        wideOutput.indent();
+        wideOutput.write(repeated(L'x', length));
+        EXPECT_EQ(bytesOf(L"  " + std::wstring(length, L'x') + L"\r\n"), wide.data);
+    }
+}
+
 TEST(OCXmlWriterOutput, WritesWideCharactersAsTheirFourBytes) {
     RecordingStream stream;
     OCXmlWriterOutput output(stream, XmlEncodingWide);
@@ -914,29 +932,24 @@ TEST(OCXmlWriter, KeepsAnElementOpenWhenMemoryIsExhausted) {
     }
 }
 
-/// A class that derives from the writer, to call the steps of its construction.
-class Steps : public OCXmlWriter {
-public:
-    using OCXmlWriter::OCXmlWriter;
-    void again() { initialize(); }
-    void end() { destroy(); }
-};
-
 TEST(OCXmlWriter, CanBeInitializedAgain) {
     RecordingStream stream;
     stream.recording = false;
     OCXmlWriterOutput output(stream, XmlEncodingAnsi);
     const long left = fault::blocksLeftBy([&] {
-        Steps writer(output);
+        OCXmlWriter writer(output);
         writer.getElementStack().push(L"a");
-        writer.again();
+        writer.initialize();
         EXPECT_TRUE(writer.getElementStack().isEmpty());
         writer.getElementStack().push(L"b");
-        fault::failEachRequest([&] { writer.again(); },
+        fault::failEachRequest([&] { writer.initialize(); },
                                [&] { EXPECT_FALSE(writer.getElementStack().isEmpty()); });
-        writer.end();
-        writer.end();
-        writer.again();
+        writer.destroy();
+        writer.destroy();
+        writer.initialize();
+        EXPECT_TRUE(writer.getElementStack().isEmpty());
+        writer.destroyElementStack();
+        writer.initializeElementStack();
         EXPECT_TRUE(writer.getElementStack().isEmpty());
     });
     EXPECT_EQ(0, left);
