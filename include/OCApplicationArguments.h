@@ -95,11 +95,12 @@ public:
     ~OCApplicationArgumentList() noexcept override;
 
     /// Replaces the list by the arguments of `main`. The first one, the program's name, is not
-    /// looked at; with `argc` below 2 the list is empty afterwards.
+    /// looked at; with `argc` below 2 the list is empty afterwards. A null pointer ends the
+    /// arguments, whatever `argc` says, and so does a null `argv`.
     /// @throws OXMemory_AllocationError when memory is exhausted; nothing is changed then.
     void assign(int argc, char** argv);
-    /// Replaces the list by the pieces of one text, which spaces separate. There is no quoting, and
-    /// other white space belongs to the pieces.
+    /// Replaces the list by the pieces of one text, which spaces separate and which must not be
+    /// null. There is no quoting, and other white space belongs to the pieces.
     ///
     /// Note: unlike in the other form, the first piece counts. The first character of the text is
     /// not taken as a separator: ` -a` is a plain argument that begins with a space.

@@ -49,7 +49,9 @@ public:
     OCAnsiString getName() const override;
     unsigned int getIdentifier() const { return record.pw_uid; }
 
-protected:
+    /// The step of construction that asks the system for the size of the texts and makes the space
+    /// for them. Afterwards the object is without an account.
+    /// @throws OXSystemUserAccount_InitializeBufferError
     void initialize();
     void initializeBuffer();
 
@@ -81,7 +83,9 @@ public:
     OCAnsiString getName() const override;
     unsigned int getIdentifier() const { return record.gr_gid; }
 
-protected:
+    /// The step of construction that asks the system for the size of the texts and makes the space
+    /// for them. Afterwards the object is without an account.
+    /// @throws OXSystemGroupAccount_InitializeBufferError
     void initialize();
     void initializeBuffer();
 

@@ -154,7 +154,9 @@ public:
     void destroyWorkers();
     void destroy() { destroyWorkers(); }
 
-protected:
+    /// The step of construction: makes as many workers as the pool begins with, idle, behind those
+    /// that are there, up to the maximum.
+    /// @throws what marking a worker as idle throws.
     void initialize();
     void initializeWorkers();
 
@@ -215,11 +217,13 @@ public:
     /// Ends and deletes all workers.
     void destroyWorkers();
     void destroyParameters();
-    /// Ends the use of the pool: only `execute`, which refuses, and `shutdown`, which does nothing,
-    /// may still be called.
+    /// Ends the use of the pool: only `execute`, which refuses, `shutdown`, which does nothing, and
+    /// `initialize` may still be called.
     void destroy();
-
-protected:
+    /// The steps of construction, for a pool that is to begin anew: each ends first what it is to
+    /// make. The workers need the parameters. No other thread may use the pool meanwhile.
+    /// @throws OXMemory_AllocationError, and what marking a worker as idle throws. Without memory
+    /// for the parameters nothing is changed.
     void initialize(const OCThreadPoolParameters& poolParameters);
     void initializeParameters(const OCThreadPoolParameters& poolParameters);
     void initializeWorkers();

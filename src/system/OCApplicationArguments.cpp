@@ -30,7 +30,7 @@ OCApplicationArgumentList::~OCApplicationArgumentList() noexcept {
 
 void OCApplicationArgumentList::assign(int argc, char** argv) {
     OCApplicationArgumentList assigned;
-    for (int i = 1; i < argc; ++i)
+    for (int i = 1; i < argc && argv != nullptr && argv[i] != nullptr; ++i)
         assigned.add(argv[i], std::strlen(argv[i]));
     take(assigned);
 }

@@ -107,6 +107,7 @@ void OCSystemUserAccount::initialize() {
 }
 
 void OCSystemUserAccount::initializeBuffer() {
+    record = passwd(); // its texts are in the buffer
     sizeBuffer<OXSystemUserAccount_InitializeBufferError>(buffer, _SC_GETPW_R_SIZE_MAX);
 }
 
@@ -139,6 +140,7 @@ void OCSystemGroupAccount::initialize() {
 }
 
 void OCSystemGroupAccount::initializeBuffer() {
+    record = group(); // its texts are in the buffer
     sizeBuffer<OXSystemGroupAccount_InitializeBufferError>(buffer, _SC_GETGR_R_SIZE_MAX);
 }
 

@@ -334,10 +334,13 @@ void OCThreadPool::initialize(const OCThreadPoolParameters& poolParameters) {
 }
 
 void OCThreadPool::initializeParameters(const OCThreadPoolParameters& poolParameters) {
-    parameters = new OCThreadPoolParameters(poolParameters);
+    OCThreadPoolParameters* const copy = new OCThreadPoolParameters(poolParameters);
+    destroyParameters();
+    parameters = copy;
 }
 
 void OCThreadPool::initializeWorkers() {
+    destroyWorkers();
     workerList = new OCThreadPoolWorkerList(*this);
 }
 
@@ -397,11 +400,16 @@ unsigned int OCThreadPoolStatistics::countIdleWorkers() const {
     const unsigned int count = workers.getCount();
     unsigned int idle = 0;
     for (unsigned int index = 0; index < count; ++index) {
-        OCEvent& event = workers.getWorker(index).getIdleEvent();
-        if (event.waitFor(0)) {
-            event.signalEvent();
+        OCThreadPoolWorker& worker = workers.getWorker(index);
+        OCEvent& event = worker.getIdleEvent();
+        if (!event.waitFor(0))
+            continue;
+        event.signalEvent();
+        // A worker that ends takes its signal back, perhaps just before it was given back here.
+        if (worker.isTerminating(0))
+            event.resetEvent();
+        else
             ++idle;
-        }
     }
     return idle;
 }

@@ -154,6 +154,17 @@ TEST(OCApplicationArgumentList, IsEmptyWithoutArgumentsAndLooksAtNone) {
     EXPECT_EQ((Texts{"m [] [one]"}), described(list));
 }
 
+TEST(OCApplicationArgumentList, ANullPointerEndsTheArguments) {
+    OCApplicationArgumentList list;
+    char one[] = "one";
+    char two[] = "two";
+    char* arguments[] = {one, two, nullptr, one, nullptr};
+    list.assign(5, arguments);
+    EXPECT_EQ((Texts{"m [] [two]"}), described(list));
+    list.assign(2, nullptr);
+    EXPECT_TRUE(list.isEmpty());
+}
+
 TEST(OCApplicationArgumentList, AssigningReplacesWhatWasThere) {
     OCApplicationArgumentList list;
     list.assign("-a -b -c");

@@ -322,6 +322,35 @@ TYPED_TEST(OCSystemAccountTest, TheSizeIsAskedForOnce) {
     EXPECT_EQ(1u, asked);
 }
 
+TYPED_TEST(OCSystemAccountTest, TheSizeCanBeAskedForAgain) {
+    typename TypeParam::Account account(0);
+    std::size_t given = 0;
+    Replacement asking(
+        TypeParam::byIdentifier(),
+        [&](unsigned int identifier, auto* record, char* buffer, std::size_t size, auto** found) {
+            given = size;
+            return TypeParam::byIdentifier().original(identifier, record, buffer, size, found);
+        });
+    {
+        Replacement larger(calls::sysconf, [](int name) -> long {
+            return name == TypeParam::sizeName ? 9000 : calls::sysconf.original(name);
+        });
+        account.initialize();
+        EXPECT_EQ("", standard(account.getName()));
+        account.findByIdentifier(0);
+        EXPECT_EQ(9000u, given);
+    }
+    {
+        Replacement smaller(calls::sysconf, [](int name) -> long {
+            return name == TypeParam::sizeName ? 600 : calls::sysconf.original(name);
+        });
+        account.initializeBuffer();
+    }
+    account.findByIdentifier(0);
+    EXPECT_EQ(600u, given);
+    EXPECT_EQ(TypeParam::firstName(), standard(account.getName()));
+}
+
 TYPED_TEST(OCSystemAccountTest, WithoutASizeThereIsNoLookUp) {
     Counting byName(TypeParam::byName());
     Counting byIdentifier(TypeParam::byIdentifier());

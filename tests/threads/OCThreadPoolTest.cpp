@@ -1371,6 +1371,32 @@ TEST(OCThreadPool, RefusesAfterItHasBeenDestroyedByHand) {
     EXPECT_EQ(joins.threads.size(), 2U);
 }
 
+TEST(OCThreadPool, CanBeginAnew) {
+    Task task;
+    OCThreadPool pool(sizes(1, 1));
+    pool.execute(task.quick());
+    // Its own parameters will do.
+    pool.getParameters().setInitialSize(2);
+    pool.getParameters().setMaximumSize(3);
+    pool.initialize(pool.getParameters());
+    EXPECT_EQ(task.runs, 1);
+    EXPECT_EQ(OCThreadPoolStatistics(pool).countIdleWorkers(), 2U);
+    EXPECT_EQ(pool.getParameters().getMaximumSize(), 3U);
+    pool.shutdown();
+    EXPECT_THROW(pool.execute(task.quick()), OXThreadPool_JobRefused);
+    pool.initializeWorkers();
+    EXPECT_EQ(pool.getWorkers().getCount(), 2U);
+    pool.getWorkers().initialize();
+    EXPECT_EQ(pool.getWorkers().getCount(), 3U);
+    EXPECT_EQ(OCThreadPoolStatistics(pool).countIdleWorkers(), 3U);
+    pool.destroy();
+    pool.initialize(sizes(0, 1));
+    EXPECT_EQ(pool.getWorkers().getCount(), 0U);
+    pool.execute(task.quick());
+    awaitIdle(pool);
+    EXPECT_EQ(task.runs, 2);
+}
+
 TEST(OCThreadPoolStatistics, CountsIdleAndBusyWorkersAndLeavesThemAsTheyWere) {
     EXPECT_EQ(sizeof(OCThreadPoolStatistics), 16U);
     EXPECT_EQ(slots::slotCount<OCThreadPoolStatistics>(), 2U);
@@ -1425,6 +1451,24 @@ TEST(OCThreadPoolStatistics, CountsInsideTheSynchronizer) {
         FailingThreadCall failing(calls::pthread_mutex_lock, EINVAL);
         EXPECT_THROW((statistics.*count)(), OXMutex_AcquireError);
     }
+}
+
+TEST(OCThreadPoolStatistics, AWorkerThatEndsWhileItIsCountedIsNotIdleAfterwards) {
+    OCThreadPool pool(sizes(1, 1));
+    const OCThreadPoolStatistics statistics(pool);
+    {
+        int locks = 0;
+        Replacement locking(calls::pthread_mutex_lock, [&](pthread_mutex_t* mutex) {
+            // Behind the synchronizer and the look at the worker: the signal is to be given back.
+            if (++locks == 3)
+                pool.shutdown();
+            return calls::pthread_mutex_lock.original(mutex);
+        });
+        statistics.countIdleWorkers();
+    }
+    EXPECT_EQ(pool.getWorkers().getWorker(0).getIdentifier(), 0U);
+    EXPECT_EQ(statistics.countIdleWorkers(), 0U);
+    EXPECT_FALSE(pool.getWorkers().getWorker(0).getIdleEvent().waitFor(0));
 }
 
 TEST(OCThreadPoolStatistics, ReportsAFailingClock) {
