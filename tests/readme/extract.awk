@@ -1,4 +1,0 @@
-# Prints the first block of a Markdown file that is marked with -v language=…
-/^```/ && inside { exit }
-inside { print }
-$0 == "```" language { inside = 1 }
