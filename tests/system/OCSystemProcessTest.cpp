@@ -458,6 +458,15 @@ TEST(OCSystemProcessProperties, WithoutAFirstArgumentWhatWasKeptStays) {
               }));
 }
 
+TEST(OCSystemProcessProperties, OnlyACountOfZeroIsNoArguments) {
+    EXPECT_EQ("first", inChild([] {
+                  char name[] = "first";
+                  char* first[] = {name, nullptr};
+                  OCSystemProcessProperties::initializeStartedAs(-1, first);
+                  return startedAs();
+              }));
+}
+
 TEST(OCSystemProcessProperties, AFirstArgumentOfUpTo4095CharactersIsKept) {
     EXPECT_EQ("yes yes", inChild([]() -> std::string {
                   const std::string longest(4095, 'a');

@@ -122,6 +122,33 @@ private:
     Replacement<int(pthread_cond_t*, pthread_mutex_t*, const struct timespec*)> waiting;
 };
 
+/// Keeps the first signal of this thread from waking anybody until this thread waits without a
+/// time-out, as it does for a worker that takes its time.
+class LateSignal {
+public:
+    LateSignal()
+        : signalling(calls::pthread_cond_broadcast,
+                     [this](pthread_cond_t* condition) {
+                         if (late == nullptr) {
+                             late = condition;
+                             return 0;
+                         }
+                         return calls::pthread_cond_broadcast.original(condition);
+                     }),
+          waiting(calls::pthread_cond_wait,
+                  [this](pthread_cond_t* condition, pthread_mutex_t* mutex) {
+                      ++waits;
+                      calls::pthread_cond_broadcast.original(late);
+                      return calls::pthread_cond_wait.original(condition, mutex);
+                  }) {}
+    pthread_cond_t* late = nullptr;
+    unsigned int waits = 0;
+
+private:
+    Replacement<int(pthread_cond_t*)> signalling;
+    Replacement<int(pthread_cond_t*, pthread_mutex_t*)> waiting;
+};
+
 /// Makes the clock fail for every thread but the one that makes it, and for that one too if it is
 /// said so.
 class BrokenClock {
@@ -598,6 +625,44 @@ TEST(OCThreadPoolWorker, AJobThatCannotBeTakenBackAnyMoreIsRun) {
     EXPECT_EQ(failure, "nothing");
     worker.getIdleEvent().waitFor();
     EXPECT_EQ(task.runs, 1);
+}
+
+TEST(OCThreadPoolWorker, AFailedLookForTheAcceptanceSettlesNothing) {
+    Task task;
+    Sleepers sleepers;
+    OCThreadPoolWorker worker;
+    sleepers.asleep.await();
+    {
+        LateSignal signal;
+        Failing failing(calls::gettimeofday, EFAULT, 2);
+        worker.setJob(task.quick());
+        EXPECT_GE(signal.waits, 1U);
+        EXPECT_EQ(failing.calls(), 2U);
+    }
+    worker.getIdleEvent().waitFor();
+    EXPECT_EQ(task.runs, 1);
+}
+
+TEST(OCThreadPoolWorker, AnAcceptanceThatNobodyWaitedForDoesNotCountForTheNextJob) {
+    Task task;
+    Sleepers sleepers;
+    OCThreadPoolWorker worker;
+    sleepers.asleep.await();
+    {
+        // The job is handed over, and then nothing can be waited for or taken back.
+        FailingThreadCall failing(calls::pthread_mutex_lock, EINVAL, 4);
+        EXPECT_THROW(worker.setJob(task.quick()), OXMutex_AcquireError);
+    }
+    worker.getIdleEvent().waitFor();
+    EXPECT_EQ(task.runs, 1);
+    sleepers.asleep.await();
+    {
+        LateSignal signal;
+        worker.setJob(task.quick());
+        EXPECT_GE(signal.waits, 1U);
+    }
+    worker.getIdleEvent().waitFor();
+    EXPECT_EQ(task.runs, 2);
 }
 
 TEST(OCThreadPoolWorker, HandingOverWaitsWithoutATimeOut) {
