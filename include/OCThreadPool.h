@@ -88,8 +88,8 @@ public:
 
     /// Hands `newJob` to the worker and waits until the worker has taken it over.
     /// @throws OXThreadPool_JobRefused when the worker has ended or ends instead of taking it; what
-    /// the events throw, and the worker is then marked as idle again. The job is not run in either
-    /// case.
+    /// the events throw, and the worker is then idle again as soon as it notices, unless it has
+    /// ended. The job is not run in either case.
     void setJob(const OCThreadPoolJob& newJob);
     /// Wakes the worker and waits until it has ended. It must have been asked to by
     /// `terminateThread` before.

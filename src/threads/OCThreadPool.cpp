@@ -21,6 +21,11 @@ unsigned int nothingToRun(OCObject*) {
     return 1;
 }
 
+/// Stands in a worker's job when the submitter has taken his job back.
+unsigned int takenBack(OCObject*) {
+    return 0;
+}
+
 /// In a handler of every exception: what has no type is not a C++ exception but the unwinding of a
 /// thread that is cancelled or leaves by pthread_exit, which must go on.
 void passUnwinding() {
@@ -65,9 +70,11 @@ unsigned int OCThreadPoolJob::execute() const {
 
 // How a job changes hands. The submitter puts it into the worker's field, signals the job event and
 // waits for the accepted event; the worker takes the job out and leaves nothingToRun in its place
-// before it signals the accepted event. A worker that ends, for whatever reason, leaves the field
-// alone and signals both events for good: so whoever finds the job event signalled before handing
-// over, or his job still there after waiting, knows that nobody is going to run it.
+// before it signals the accepted event. A submitter who cannot wait takes the job event's signal
+// back, and the worker offers itself again when it finds takenBack. A worker that ends, for
+// whatever reason, leaves the field alone and signals both events for good: so whoever finds the
+// job event signalled before handing over, or his job still there after waiting, knows that nobody
+// is going to run it.
 
 OCThreadPoolWorker::OCThreadPoolWorker()
     : idleEvent(EventStateNotSignalled, EventTypeAutoReset),
@@ -124,6 +131,10 @@ unsigned int OCThreadPoolWorker::execute() {
                 continue;
             const OCThreadPoolJob taken = job;
             job.setCallback(nothingToRun);
+            if (taken.getCallback() == takenBack) {
+                idleEvent.signalEvent();
+                continue;
+            }
             // The submitter may know by now, so from here on the job is run.
             const bool accepted = attempt([this] { acceptedEvent.signalEvent(); });
             if (!accepted)
@@ -167,10 +178,8 @@ void OCThreadPoolWorker::setJob(const OCThreadPoolJob& newJob) {
         offer();
         throw;
     } catch (const OXException&) {
-        if (withdrawJob()) {
-            offer();
+        if (withdrawJob())
             throw;
-        }
         // The worker has noticed all the same.
     }
     awaitAcceptance();
@@ -190,10 +199,8 @@ void OCThreadPoolWorker::awaitAcceptance() {
             acceptedEvent.waitFor();
             return;
         } catch (const OXException&) {
-            if (withdrawJob()) {
-                offer();
+            if (withdrawJob())
                 throw;
-            }
             if (tries >= attempts)
                 throw;
         }
@@ -212,10 +219,16 @@ bool OCThreadPoolWorker::isAcceptedSoon() noexcept {
     return accepted;
 }
 
-/// Takes the job back. False when the worker has noticed it already.
+/// Takes the job back and has the worker mark itself as idle. False when the worker has noticed the
+/// job already. The signal that was taken back may be that of a worker which has ended, so there is
+/// one again afterwards.
 bool OCThreadPoolWorker::withdrawJob() noexcept {
     bool withdrawn = false;
     attempt([&] { withdrawn = jobEvent.waitFor(0); });
+    if (withdrawn) {
+        job.setCallback(takenBack);
+        insist([this] { jobEvent.signalEvent(); });
+    }
     return withdrawn;
 }
 

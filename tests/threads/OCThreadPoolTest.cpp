@@ -359,6 +359,48 @@ TEST(OCThreadPoolWorker, RefusesAJobWhenTerminationArrivesWithIt) {
     EXPECT_EQ(task.runs, 0);
 }
 
+TEST(OCThreadPoolWorker, RefusesJobsOnceItHasEndedAlsoAfterAFailedHandOver) {
+    Task task;
+    Sleepers sleepers;
+    OCThreadPoolWorker worker;
+    sleepers.asleep.await();
+    const pthread_t submitter = pthread_self();
+    Gate ended;
+    bool asked = false;
+    std::string failure;
+    {
+        Replacement signalling(
+            calls::pthread_cond_broadcast,
+            [&](pthread_cond_t* condition) {
+                if (!pthread_equal(pthread_self(), submitter)) {
+                    ended.raise();
+                } else if (!asked) {
+                    asked = true;
+                    worker.terminateThread();
+                }
+                return calls::pthread_cond_broadcast.original(condition);
+            },
+            Threads::Every);
+        // Looking for the acceptance fails, and so does waiting for it, when the worker has ended.
+        Failing reading(calls::gettimeofday, EFAULT, 2, 1);
+        bool waited = false;
+        Replacement locking(calls::pthread_mutex_lock, [&](pthread_mutex_t* mutex) {
+            if (reading.calls() < 2 || waited)
+                return calls::pthread_mutex_lock.original(mutex);
+            waited = true;
+            ended.await(2);
+            return EINVAL;
+        });
+        failure = thrown<OXMutex_AcquireError>([&] { worker.setJob(task.quick()); });
+        EXPECT_TRUE(waited);
+    }
+    EXPECT_EQ(failure,
+              "OXMutex_AcquireError: Error waiting for synchronization mutex (Invalid argument)");
+    EXPECT_EQ(thrown<OXThreadPool_JobRefused>([&] { worker.setJob(task.quick()); }), refused);
+    EXPECT_FALSE(worker.getIdleEvent().waitFor(0));
+    EXPECT_EQ(task.runs, 0);
+}
+
 TEST(OCThreadPoolWorker, RunsAJobThatItTookOverBeforeTerminationArrives) {
     Task task;
     OCThreadPoolWorker worker;
@@ -542,7 +584,7 @@ TEST(OCThreadPoolWorker, AJobWhoseSignalFailsIsTakenBack) {
     EXPECT_EQ(failure,
               "OXEvent_SignalError: Error signaling synchronization event (Invalid argument)");
     // The worker is free again.
-    EXPECT_TRUE(worker.getIdleEvent().waitFor(0));
+    worker.getIdleEvent().waitFor();
     EXPECT_EQ(task.runs, 0);
     worker.setJob(task.quick());
     worker.getIdleEvent().waitFor();
@@ -595,7 +637,7 @@ TEST(OCThreadPoolWorker, AJobIsTakenBackWhenWaitingForItsAcceptanceFails) {
     }
     EXPECT_EQ(failure, "OXEvent_WaitError: Error waiting for synchronization event (Operation not "
                        "permitted)");
-    EXPECT_TRUE(worker.getIdleEvent().waitFor(0));
+    worker.getIdleEvent().waitFor();
     EXPECT_EQ(task.runs, 0);
     worker.setJob(task.quick());
     worker.getIdleEvent().waitFor();
