@@ -7,7 +7,7 @@
 class OCStringArray;
 
 namespace orvabase {
-class StreamRuns;
+class MemoryTranslation;
 }
 
 /// A stream over memory that grows as it is written.
@@ -76,7 +76,7 @@ public:
 
 private:
     friend class OCStringArray; // hands out the storage itself
-    friend class orvabase::StreamRuns;
+    friend class orvabase::MemoryTranslation;
 
     bool isDerived() const noexcept;
     void growFor(unsigned long count);

@@ -17,7 +17,8 @@ struct Decoded {
 };
 /// Decodes groups of 4 characters to 3 bytes each and passes over control characters (whose signed
 /// value is below 32) between them. Stops before the first group that is not made of 4 characters
-/// of the alphabet in a row, or for which there is no room. All of the room may be changed.
+/// of the alphabet in a row, or for which there is no room. Of the room only what is written
+/// changes.
 Decoded decodeBase64(char* to, unsigned long room, const char* from, unsigned long count) noexcept;
 /// Writes two lower-case hexadecimal digits for each byte.
 void encodeHex(char* to, const char* from, unsigned long count) noexcept;

@@ -80,8 +80,8 @@ KERNEL_TARGET void avx2EncodeBase64Lines(char* to, const char* from, unsigned lo
     }
 }
 
-/// Decodes 32 characters to 24 bytes. A bit of the result tells that its character is foreign:
-/// those from its group on were not decoded.
+/// Decodes 32 characters to 24 bytes. A bit of the result tells that its character is foreign;
+/// nothing is written then.
 KERNEL_INLINE unsigned int decodeBytes(char* to, const char* from) {
     // A character is foreign when the sets that belong to its two digits have a bit in common: each
     // bit of the low digit's set stands for high digits with which it is none of the alphabet.
@@ -110,9 +110,12 @@ KERNEL_INLINE unsigned int decodeBytes(char* to, const char* from) {
     const __m256i quads = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
     const __m256i packed = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(quads, places),
                                                        _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-    storeHalf(to, _mm256_castsi256_si128(packed));
-    storeQuarter(to + 16, _mm256_extracti128_si256(packed, 1));
-    return ~static_cast<unsigned int>(_mm256_movemask_epi8(known));
+    const unsigned int foreign = ~static_cast<unsigned int>(_mm256_movemask_epi8(known));
+    if (foreign == 0) {
+        storeHalf(to, _mm256_castsi256_si128(packed));
+        storeQuarter(to + 16, _mm256_extracti128_si256(packed, 1));
+    }
+    return foreign;
 }
 
 KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char* from,
@@ -124,8 +127,8 @@ KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char*
         // finding them makes every step wait for the one before.
         while (count - read >= 66 && room - written >= 48 && from[read + 64] == '\r' &&
                from[read + 65] == '\n') {
-            if ((decodeBytes(to + written, from + read) |
-                 decodeBytes(to + written + 24, from + read + 32)) != 0)
+            if (decodeBytes(to + written, from + read) != 0 ||
+                decodeBytes(to + written + 24, from + read + 32) != 0)
                 break;
             read += 66;
             written += 48;
@@ -139,6 +142,7 @@ KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char*
             continue;
         }
         const unsigned int place = static_cast<unsigned int>(__builtin_ctz(foreign));
+        plainCodecForm.decodeBase64(to + written, room - written, from + read, place / 4 * 4);
         read += place / 4 * 4;
         written += place / 4 * 3;
         if (place % 4 != 0 || static_cast<signed char>(from[read]) >= 32)

@@ -7,6 +7,7 @@
 
 namespace {
 
+using orvabase::MemoryTranslation;
 using orvabase::StreamRuns;
 namespace kernels = orvabase::kernels;
 
@@ -24,6 +25,17 @@ unsigned long smaller(unsigned long a, unsigned long b) noexcept {
 
 bool isPassedOver(char c) noexcept {
     return static_cast<signed char>(c) < 32;
+}
+
+/// How long the text of `count` bytes is.
+unsigned long encodedLength(unsigned long count) noexcept {
+    const unsigned long groups = count / 3 + (count % 3 != 0);
+    return 4 * groups + 2 * (groups / groupsPerLine);
+}
+
+/// How many bytes `count` characters are at most.
+unsigned long mostDecoded(unsigned long count) noexcept {
+    return count / 4 * 3 + 3;
 }
 
 /// Encodes as many whole lines as there are bytes and room for.
@@ -70,9 +82,10 @@ void OCBase64EncoderWriter::writeBlock(const char* block) {
 OCBase64Encoder::~OCBase64Encoder() noexcept = default;
 
 void OCBase64Encoder::encode(OCStream& source, OCStream& target) {
+    MemoryTranslation translation(source, target, encodedLength);
     OCBase64EncoderReader reader(source);
     OCBase64EncoderWriter writer(target);
-    StreamRuns::translateMemory(reader.reader, writer.writer, encodeLines);
+    translation.run(reader.reader, writer.writer, encodeLines);
     for (;;) {
         encodeRun(reader, writer);
         char in[3];
@@ -210,12 +223,13 @@ void OCBase64Decoder::initializeMatrixPad() noexcept {
 }
 
 void OCBase64Decoder::decode(OCStream& source, OCStream& target) {
+    MemoryTranslation translation(source, target, mostDecoded);
     OCBase64DecoderReader reader(source);
     OCBase64DecoderWriter writer(target);
     // A derived class may have built another table.
     const bool isStandard = std::memcmp(matrix, OCBase64Decoder().matrix, sizeof matrix) == 0;
     if (isStandard)
-        StreamRuns::translateMemory(reader.reader, writer.writer, decodeGroups);
+        translation.run(reader.reader, writer.writer, decodeGroups);
     for (;;) {
         if (isStandard)
             decodeRun(reader, writer);

@@ -1,6 +1,7 @@
 #ifndef ORVABASE_STREAMRUNS_H
 #define ORVABASE_STREAMRUNS_H
 
+#include "OCMemory.h"
 #include "OCMemoryStream.h"
 #include "OCStreamReader.h"
 #include "OCStreamWriter.h"
@@ -16,6 +17,10 @@ namespace orvabase {
 /// of each character, as long as the user keeps to the order in which those would come.
 class StreamRuns {
 public:
+    /// The sizes of the buffers.
+    static constexpr unsigned long readerCapacity = OCStreamReader::capacity;
+    static constexpr unsigned long writerCapacity = OCStreamWriter::capacity;
+
     /// The characters that were fetched and not yet read; they stay unread.
     static const char* fetched(const OCStreamReader& reader) {
         return reader.buffer.getData() + reader.position;
@@ -59,48 +64,85 @@ public:
         unsigned long read;
         unsigned long written;
     };
-    /// Begins to translate all that a reader reads into what a writer writes, before either has
-    /// been used: between memory streams, whose calls nobody sees, in one go and without the
-    /// copies to and from the buffers. Between others it does nothing.
-    ///
-    /// `run(to, room, from, count)` translates as much as it can; all of the room may be changed.
-    /// Afterwards reader, writer and streams are as if it had been done through the buffers.
-    template<class Run>
-    static void translateMemory(OCStreamReader& reader, OCStreamWriter& writer, const Run& run) {
-        OCMemoryStream* const source = asMemory(reader.stream);
-        OCMemoryStream* const target = asMemory(writer.stream);
-        // Only behind the end of the target have bytes no value that could be lost, and only in the
-        // storage that is there can nothing fail.
-        if (source == nullptr || target == nullptr || source == target ||
-            target->position != target->size)
-            return;
-        const unsigned long count = source->size - source->position;
-        const unsigned long free = target->buffer.getSize() - target->size;
-        if (count == 0 || free == 0)
-            return;
-        char* const to = target->buffer.getData() + target->size;
-        const Moved moved = run(to, free, source->buffer.getData() + source->position, count);
+};
 
-        const unsigned long inBlock = moved.read % OCStreamReader::capacity;
+/// Translates one memory stream into another without the copies to and from the buffers of a reader
+/// and a writer: the calls between these and such streams nobody sees. Between other streams it
+/// does nothing.
+///
+/// It is made before the reader and the writer and lives longer. In the end the streams are as if
+/// all had gone through the buffers.
+class MemoryTranslation {
+public:
+    /// `most(count)` is how many characters at most become of `count`. There must be room for them,
+    /// so that nothing can fail later on: characters that still wait in the writer stand already in
+    /// the target's storage.
+    template<class Most>
+    MemoryTranslation(OCStream& from, OCStream& to, const Most& most) noexcept
+        : source(asMemory(from)), target(asMemory(to)), capacityBefore(0) {
+        if (source == nullptr || target == nullptr || source == target ||
+            source->position == source->size || !reserve(most(source->size - source->position)))
+            target = nullptr;
+    }
+    MemoryTranslation(const MemoryTranslation&) = delete;
+    MemoryTranslation& operator=(const MemoryTranslation&) = delete;
+    /// Gives back what was reserved and not needed.
+    ~MemoryTranslation() {
+        if (target != nullptr && target->buffer.getSize() != capacityBefore)
+            tryCapacity(target->size);
+    }
+
+    /// Begins, before the reader or the writer has been used. `run(to, room, from, count)`
+    /// translates as much as it can, and changes nothing else in the room.
+    template<class Run>
+    void run(OCStreamReader& reader, OCStreamWriter& writer, const Run& run) {
+        if (target == nullptr)
+            return;
+        char* const to = target->buffer.getData() + target->position;
+        const StreamRuns::Moved moved =
+            run(to, target->buffer.getSize() - target->position,
+                source->buffer.getData() + source->position, source->size - source->position);
+
+        const unsigned long inBlock = moved.read % StreamRuns::readerCapacity;
         source->position += moved.read - inBlock;
-        if (inBlock != 0) {
-            reader.fetch();
-            skip(reader, inBlock);
-        }
-        const unsigned long waiting = moved.written % OCStreamWriter::capacity;
+        if (inBlock != 0 && StreamRuns::fetch(reader))
+            StreamRuns::skip(reader, inBlock);
+        const unsigned long waiting = moved.written % StreamRuns::writerCapacity;
         const unsigned long flushed = moved.written - waiting;
-        target->size += flushed;
-        target->position = target->size;
-        std::memcpy(room(writer), to + flushed, waiting);
-        add(writer, waiting);
+        target->position += flushed;
+        if (target->size < target->position)
+            target->size = target->position;
+        std::memcpy(StreamRuns::room(writer), to + flushed, waiting);
+        StreamRuns::add(writer, waiting);
     }
 
 private:
     /// The stream if it is a memory stream and of no derived class.
-    static OCMemoryStream* asMemory(OCStream& stream) {
+    static OCMemoryStream* asMemory(OCStream& stream) noexcept {
         return &typeid(stream) == &typeid(OCMemoryStream) ? static_cast<OCMemoryStream*>(&stream)
                                                           : nullptr;
     }
+
+    bool reserve(unsigned long count) noexcept {
+        capacityBefore = target->buffer.getSize();
+        return count <= ~0UL - target->position && (target->position + count <= capacityBefore ||
+                                                    tryCapacity(target->position + count));
+    }
+
+    /// Gives the target the storage that it would have if it had grown to `size` step by step.
+    bool tryCapacity(unsigned long size) noexcept {
+        try {
+            const unsigned long grown = target->calculateCapacity(size);
+            target->buffer.setSize(size > capacityBefore ? grown : capacityBefore);
+            return true;
+        } catch (const OXMemory_AllocationError&) {
+            return false;
+        }
+    }
+
+    OCMemoryStream* source;
+    OCMemoryStream* target;
+    unsigned long capacityBefore;
 };
 
 } // namespace orvabase

@@ -191,7 +191,9 @@ TEST(KernelsCodec, DecodingStopsBeforeTheGroupOfAForeignCharacter) {
                     form.decodeBase64(to.get(), 3 * groups, from.get(), text.size());
                 ASSERT_EQ(done.read, place / 4 * 4) << form.name;
                 ASSERT_EQ(done.written, place / 4 * 3) << form.name;
-                ASSERT_EQ(to.text(done.written), bytes.substr(0, done.written)) << form.name;
+                ASSERT_EQ(to.text(3 * groups), bytes.substr(0, done.written) +
+                                                   std::string(3 * groups - done.written, '?'))
+                    << form.name;
             }
         }
     }

@@ -168,6 +168,24 @@ TEST(OCBase64Memory, PositionsCount) {
     }
 }
 
+TEST(OCBase64Memory, ABlockSizeOfTheTargetsOwnCounts) {
+    std::mt19937 random(5);
+    const std::string bytes = randomBytes(random, 100000);
+    for (const unsigned long blockSize : {1UL, 7UL, 4096UL, 65536UL, 1000000UL}) {
+        const auto inBlocks = [blockSize](auto job) {
+            return [=](OCStream& from, OCStream& to) {
+                static_cast<OCMemoryStream&>(to).setBlockSize(blockSize);
+                job(from, to);
+            };
+        };
+        Start start;
+        start.source = bytes;
+        expectSameEnd(start, inBlocks(encode));
+        start.source = encoded(bytes);
+        expectSameEnd(start, inBlocks(decode));
+    }
+}
+
 TEST(OCBase64Memory, BytesBehindTheDecodedOnesStay) {
     Start start;
     start.source = encoded(std::string(300, 'x')) + "====";
@@ -179,16 +197,31 @@ TEST(OCBase64Memory, BytesBehindTheDecodedOnesStay) {
 TEST(OCBase64Memory, ARefusedGrowthLeavesTheStreamsAsThroughTheBuffers) {
     std::mt19937 random(4);
     for (const unsigned long capacity : capacities)
-        for (unsigned long refused = 1; refused < 5; ++refused) {
+        for (const unsigned long targetPosition : {0UL, 1UL, 5000UL}) {
             Start start;
             start.source = randomBytes(random, 250000);
+            start.target = std::string(7000, 't');
+            start.targetPosition = targetPosition;
             start.targetCapacity = capacity;
-            start.refused = refused;
+            start.refused = 1;
             EXPECT_TRUE(endOf<OCMemoryStream>(start, encode).thrown);
             expectSameEnd(start, encode);
             start.source = damaged(random, 250000, 64);
             expectSameEnd(start, decode);
         }
+}
+
+TEST(OCBase64Memory, GrowsStepByStepWhenTheWholeIsRefused) {
+    std::mt19937 random(6);
+    const std::string bytes = randomBytes(random, 250000);
+    OCMemoryStream source(bytes.data(), bytes.size());
+    OCMemoryStream target;
+    {
+        const fault::HeapFault fault(1, fault::HeapFault::Once);
+        encode(source, target);
+        EXPECT_TRUE(fault.triggered());
+    }
+    EXPECT_TRUE(contentOf(target) == encoded(bytes));
 }
 
 TEST(OCBase64Memory, AStreamMayBeSourceAndTarget) {
