@@ -31,6 +31,7 @@ public:
     const OCAnsiString& getName() const { return name; }
     /// The option's value, empty when none was given, or the miscellaneous argument's text.
     const OCAnsiString& getValue() const { return value; }
+    /// What the argument is.
     OEApplicationArgumentType getType() const { return type; }
     /// Whether the text is not empty.
     bool hasName() const { return name.getLength() != 0; }
@@ -110,7 +111,9 @@ public:
     /// @throws OXMemory_AllocationError
     void addArgument(const OCAnsiString& argument);
 
+    /// The number of arguments.
     unsigned long getCount() const { return arguments.getCount(); }
+    /// Whether there are none.
     bool isEmpty() const { return arguments.getCount() == 0; }
     /// The argument at `index`, which stays the list's.
     /// @throws OXVector_NoSuchIndex

@@ -12,11 +12,13 @@
 ///     std::cout << flag;                                             // true
 class ORVABASE_EXPORT OCBoolean : public OCObject {
 public:
+    /// Holds `initial`.
     OCBoolean(bool initial) noexcept : value(initial) {}
     OCBoolean(const OCBoolean&) noexcept = default;
     ~OCBoolean() noexcept override;
 
     OCBoolean& operator=(const OCBoolean& other) noexcept = default;
+    /// Set the value.
     OCBoolean& operator=(bool newValue) noexcept { return assign(newValue); }
     OCBoolean& assign(const OCBoolean& other) noexcept { return *this = other; }
     OCBoolean& assign(bool newValue) noexcept {
@@ -24,8 +26,10 @@ public:
         return *this;
     }
 
+    /// Whether the values are the same.
     bool operator==(const OCBoolean& other) const noexcept { return value == other.value; }
 
+    /// The value.
     bool getValue() const noexcept { return value; }
     /// Where the value is stored. Bytes that are put there must be 0 or 1.
     void* bufferAddress() noexcept { return &value; }

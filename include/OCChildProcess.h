@@ -9,11 +9,13 @@ class OCChildProcess;
 /// What a child process consists of: each part knows the process that it belongs to.
 class ORVABASE_EXPORT OCChildProcessObject : public OCObject {
 public:
+    /// A part of `owner`, which must outlive it.
     explicit OCChildProcessObject(OCChildProcess& owner) noexcept : process(owner) {}
     OCChildProcessObject(const OCChildProcessObject&) = delete;
     OCChildProcessObject& operator=(const OCChildProcessObject&) = delete;
     ~OCChildProcessObject() noexcept override;
 
+    /// The process that this is a part of.
     OCChildProcess& getProcess() { return process; }
     const OCChildProcess& getProcess() const { return process; }
 
@@ -24,6 +26,7 @@ private:
 /// What the system knows a started child by.
 class ORVABASE_EXPORT OCChildProcessHandles : public OCChildProcessObject {
 public:
+    /// No child yet.
     explicit OCChildProcessHandles(OCChildProcess& owner) noexcept
         : OCChildProcessObject(owner), processIdentifier(0) {}
     ~OCChildProcessHandles() noexcept override;
@@ -32,6 +35,7 @@ public:
     ///
     /// Note: it stays when the child has ended, and the system may give it to another process.
     int getProcessIdentifier() const { return processIdentifier; }
+    /// Sets the identifier.
     void setProcessIdentifier(int identifier) { processIdentifier = identifier; }
 
 protected:
@@ -45,6 +49,7 @@ private:
 /// Options of a start. There are none yet.
 class ORVABASE_EXPORT OCChildProcessOptions : public OCChildProcessObject {
 public:
+    /// The options of `owner`.
     explicit OCChildProcessOptions(OCChildProcess& owner) noexcept : OCChildProcessObject(owner) {}
     ~OCChildProcessOptions() noexcept override;
 };
@@ -64,6 +69,7 @@ public:
     char** acquireArguments() { return arguments.getBuffer(); }
 
 protected:
+    /// The steps of the construction.
     void initialize();
     void initializeArguments();
 
@@ -156,6 +162,7 @@ public:
     /// Note: a running child is neither waited for nor ended.
     ~OCChildProcess() override;
 
+    /// The parts of the process, which stay its own.
     OCChildProcessHandles& getHandles() { return handles; }
     const OCChildProcessHandles& getHandles() const { return handles; }
     OCChildProcessOptions& getOptions() { return options; }
@@ -174,6 +181,7 @@ public:
     /// The directory into which the child changes before the executable starts; when it is empty,
     /// as at first, the child stays in that of this process.
     const OCFilePath& getExecutionDirectory() const { return executionDirectory; }
+    /// Whether a directory is set.
     bool hasExecutionDirectory() const { return executionDirectory.getLength() != 0; }
     /// @throws OXMemory_AllocationError; the directory is then as it was.
     void setExecutionDirectory(const OCFilePath& directory);

@@ -47,6 +47,7 @@ public:
     }
     OCDateTime(const OCDateTime&) noexcept = default;
     OCDateTime& operator=(const OCDateTime&) noexcept = default;
+    /// Takes the components of a C time structure, by `importTimeStructure`.
     OCDateTime& operator=(const struct tm& structure) noexcept {
         importTimeStructure(structure);
         return *this;
@@ -56,6 +57,7 @@ public:
     /// Takes the current time. An unknown `value` changes nothing.
     /// @throws OXDateTime_AcquireError; the value is then unchanged.
     OCDateTime& assign(OEDateTimeValue value);
+    /// Takes the fields of `other`.
     OCDateTime& assign(const OCDateTime& other) noexcept { return *this = other; }
     /// Takes the current time in the process's time zone.
     /// @throws OXDateTime_AcquireError; the value is then unchanged.

@@ -42,11 +42,13 @@ public:
     /// The day of the week from `OCDateTime::exportTimeStructure`, such as `Sun, `.
     /// @throws OXDateTime_RepresentError
     OCAnsiString formatDayOfWeek(const OCDateTime& value) const;
+    /// The other pieces of the form.
     OCAnsiString formatDayOfMonth(const OCDateTime& value) const;
     /// A month that does not exist gives the space alone.
     OCAnsiString formatMonth(const OCDateTime& value) const;
     /// The last four digits of the year.
     OCAnsiString formatYear(const OCDateTime& value) const;
+    /// The other pieces of the form.
     OCAnsiString formatHour(const OCDateTime& value) const;
     OCAnsiString formatMinute(const OCDateTime& value) const;
     OCAnsiString formatSecond(const OCDateTime& value) const;
@@ -67,6 +69,7 @@ public:
 
     /// The last four digits of the year.
     OCAnsiString formatYear(const OCDateTime& value) const;
+    /// The other pieces of the form.
     OCAnsiString formatMonth(const OCDateTime& value) const;
     OCAnsiString formatDayOfMonth(const OCDateTime& value) const;
     OCAnsiString formatHour(const OCDateTime& value) const;
@@ -86,6 +89,7 @@ public:
     /// The year in the width of the form.
     virtual OCAnsiString formatYear(const OCDateTime& value) const = 0;
 
+    /// The other pieces of the form.
     OCAnsiString formatMonth(const OCDateTime& value) const;
     OCAnsiString formatDay(const OCDateTime& value) const;
     OCAnsiString formatHour(const OCDateTime& value) const;

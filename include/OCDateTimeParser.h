@@ -66,9 +66,11 @@ public:
     /// Fields that end in a colon.
     OCAnsiString separateHour(OCAnsiString& text) const;
     OCAnsiString separateMinute(OCAnsiString& text) const;
+    /// The day of the month as a number.
     unsigned short parseDayOfMonth(OCAnsiString& text) const;
     /// The month of an English name of three letters in any case.
     unsigned short parseMonth(OCAnsiString& text) const;
+    /// The other fields as numbers.
     unsigned short parseYear(OCAnsiString& text) const;
     unsigned short parseHour(OCAnsiString& text) const;
     unsigned short parseMinute(OCAnsiString& text) const;
@@ -95,9 +97,11 @@ public:
     /// Fields that end in a colon.
     OCAnsiString separateHour(OCAnsiString& text) const;
     OCAnsiString separateMinute(OCAnsiString& text) const;
+    /// The day of the month as a number.
     unsigned short parseDayOfMonth(OCAnsiString& text) const;
     /// The month of an English name of three letters in any case.
     unsigned short parseMonth(OCAnsiString& text) const;
+    /// The other fields as numbers.
     unsigned short parseYear(OCAnsiString& text) const;
     unsigned short parseHour(OCAnsiString& text) const;
     unsigned short parseMinute(OCAnsiString& text) const;
@@ -143,6 +147,7 @@ public:
     OCAnsiString separateInteger(OCAnsiString& text, unsigned long width) const;
     /// The whole rest of the text.
     OCAnsiString separateCorrection(OCAnsiString& text) const;
+    /// The fields as numbers.
     unsigned short parseMonth(OCAnsiString& text) const;
     unsigned short parseDay(OCAnsiString& text) const;
     unsigned short parseHour(OCAnsiString& text) const;
@@ -162,6 +167,7 @@ public:
     /// `OCDateTime::adjust` throws; the target then has the fields as they are written.
     void parse() override;
 
+    /// The year in the width of the form.
     unsigned short parseYear(OCAnsiString& text) const;
 };
 
@@ -176,6 +182,7 @@ public:
     /// `OCDateTime::adjust` throws; the target then has the fields as they are written.
     void parse() override;
 
+    /// The year in the width of the form.
     unsigned short parseYear(OCAnsiString& text) const;
 };
 

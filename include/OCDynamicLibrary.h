@@ -23,6 +23,7 @@ public:
     /// Closes what is loaded.
     ~OCDynamicLibrary() noexcept override;
 
+    /// Whether anything is loaded.
     bool isLoaded() const { return handle != nullptr; }
     /// Closes what is loaded and loads a file. All its symbols are resolved at once, and they are
     /// there for the libraries that the process loads later. A path without a slash is searched for

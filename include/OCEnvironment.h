@@ -94,6 +94,7 @@ public:
     char* const* getBuffer() const { return strings.getBuffer(); }
 
 protected:
+    /// The steps of the construction: take the variables of `list`.
     void initialize(const OCNamedList& list);
     void initializeStrings(const OCNamedList& list);
 
@@ -124,6 +125,7 @@ public:
     const char* getBuffer() const { return entries.getString(); }
 
 protected:
+    /// The steps of the construction: take the variables of `list`.
     void initialize(const OCNamedList& list);
     void initializeStrings(const OCNamedList& list);
 

@@ -27,6 +27,7 @@ public:
     /// An auto-reset event that is not signalled.
     /// @throws OXMutex_CreateError with the system's text.
     OCEvent();
+    /// An event of that state and type.
     /// @throws OXMutex_CreateError, OXEvent_CreateError, each with the system's text.
     OCEvent(OEEventState initialState, OEEventType eventType);
     OCEvent(const OCEvent&) = delete;

@@ -47,6 +47,7 @@ class ORVABASE_EXPORT OCFilePath : public OCAnsiString {
 public:
     /// An empty path.
     OCFilePath() noexcept {}
+    /// The path that a text holds.
     OCFilePath(const char* path) : OCAnsiString(path) {}
     OCFilePath(const OCAnsiString& path) : OCAnsiString(path) {}
     /// Takes the string's content, which is empty afterwards.
@@ -59,6 +60,7 @@ public:
 
     /// Whether `c` is `/` or `\`.
     static bool testSlash(char c) noexcept { return c == '/' || c == '\\'; }
+    /// Whether `c` is `:`, or `.`.
     static bool testColon(char c) noexcept { return c == ':'; }
     static bool testPeriod(char c) noexcept { return c == '.'; }
 
@@ -75,6 +77,7 @@ public:
     /// Note: automatic means `/` here, whatever slashes the path has, unlike in `makeSlash` and
     /// `addTrailingSlash`.
     bool validateSlashes(OEFilePathSystem system) const;
+    /// Whether there is a slash at one end.
     bool hasLeadingSlash() const { return getLength() != 0 && testSlash(getString()[0]); }
     bool hasTrailingSlash() const {
         return getLength() != 0 && testSlash(getString()[getLength() - 1]);
@@ -86,6 +89,7 @@ public:
     /// Remove one slash at one end if there is one, never more.
     OCFilePath& removeLeadingSlash();
     OCFilePath& removeTrailingSlash();
+    /// Whether the first character is a period.
     bool hasLeadingPeriod() const { return getLength() != 0 && testPeriod(getString()[0]); }
     /// Adds a period at the front unless there is one.
     /// @throws OXMemory_AllocationError
@@ -109,9 +113,11 @@ public:
     /// Removes the drive. A path without one stays as it is.
     /// @throws OXFilePath_RemoveDriveError
     OCFilePath& removeDrive();
+    /// The forms for one grammar each.
     bool hasDriveClassic() const;
     /// Note: true for an empty path, and for a network path without a share.
     bool hasDriveUniversal() const;
+    /// The forms for one grammar each.
     bool extractDriveClassic();
     bool extractDriveUniversal();
     bool removeDriveClassic();
@@ -128,6 +134,7 @@ public:
     /// Replaces the filename, or adds one where there is none.
     /// @throws OXFilePath_ChangeFilenameError, OXMemory_AllocationError
     OCFilePath& changeFilename(const OCAnsiString& name);
+    /// The forms for one grammar each.
     bool hasFilenameClassic() const;
     bool hasFilenameUniversal() const;
     bool extractFilenameClassic();
@@ -151,6 +158,7 @@ public:
     /// may be left out.
     /// @throws OXFilePath_ChangeExtensionError when there is no filename, OXMemory_AllocationError
     OCFilePath& changeExtension(const OCAnsiString& extension);
+    /// The forms for one grammar each.
     bool hasExtensionClassic() const;
     bool hasExtensionUniversal() const;
     bool extractExtensionClassic();

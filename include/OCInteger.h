@@ -11,11 +11,13 @@
 ///     stream.readBuffer(number.bufferAddress(), number.bufferSize());   // four bytes
 class ORVABASE_EXPORT OCSignedInteger : public OCObject {
 public:
+    /// Holds `initial`.
     OCSignedInteger(int initial) noexcept : value(initial) {}
     OCSignedInteger(const OCSignedInteger&) noexcept = default;
     ~OCSignedInteger() noexcept override;
 
     OCSignedInteger& operator=(const OCSignedInteger& other) noexcept = default;
+    /// Set the value.
     OCSignedInteger& operator=(int newValue) noexcept { return assign(newValue); }
     OCSignedInteger& assign(const OCSignedInteger& other) noexcept { return *this = other; }
     OCSignedInteger& assign(int newValue) noexcept {
@@ -23,6 +25,7 @@ public:
         return *this;
     }
 
+    /// The value.
     int getValue() const noexcept { return value; }
     /// Where the value is stored, in the byte order of the machine.
     void* bufferAddress() noexcept { return &value; }
@@ -40,11 +43,13 @@ private:
 ///     stream.writeBuffer(number.bufferAddress(), number.bufferSize());   // four bytes
 class ORVABASE_EXPORT OCUnsignedInteger : public OCObject {
 public:
+    /// Holds `initial`.
     OCUnsignedInteger(unsigned int initial) noexcept : value(initial) {}
     OCUnsignedInteger(const OCUnsignedInteger&) noexcept = default;
     ~OCUnsignedInteger() noexcept override;
 
     OCUnsignedInteger& operator=(const OCUnsignedInteger& other) noexcept = default;
+    /// Set the value.
     OCUnsignedInteger& operator=(unsigned int newValue) noexcept { return assign(newValue); }
     OCUnsignedInteger& assign(const OCUnsignedInteger& other) noexcept { return *this = other; }
     OCUnsignedInteger& assign(unsigned int newValue) noexcept {
@@ -52,6 +57,7 @@ public:
         return *this;
     }
 
+    /// The value.
     unsigned int getValue() const noexcept { return value; }
     /// Where the value is stored, in the byte order of the machine.
     void* bufferAddress() noexcept { return &value; }

@@ -18,6 +18,7 @@
 ///     }
 class ORVABASE_EXPORT OCMutex : public OCObject {
 public:
+    /// A mutex that nobody holds.
     /// @throws OXMutex_CreateError with the system's text.
     OCMutex();
     OCMutex(const OCMutex&) = delete;

@@ -29,6 +29,7 @@ ORVABASE_EXPORT OECompareResult namedListCompareElementsInsensitive(const OCObje
 ///     element.setValue("/root");
 class ORVABASE_EXPORT OCNamedElement : public OCObject {
 public:
+    /// A copy of a name and of a value.
     /// @throws OXMemory_AllocationError (so does whatever changes an element; nothing is changed
     /// then).
     OCNamedElement(const OCAnsiString& elementName, const OCAnsiString& elementValue)
@@ -40,11 +41,13 @@ public:
     /// Takes `other`'s name and value.
     OCNamedElement& assign(const OCNamedElement& other);
 
+    /// The name and the value, which last until they are changed.
     const OCAnsiString& getName() const { return name; }
     const OCAnsiString& getValue() const { return value; }
     /// Note: a sorted list does not learn of a new name of one of its elements. The name must sort
     /// where the old one does, or names may be missed by later searches.
     void setName(const OCAnsiString& text) { name = text; }
+    /// Sets the value.
     void setValue(const OCAnsiString& text) { value = text; }
 
 private:
@@ -74,6 +77,7 @@ public:
     /// The type of a comparison function for names.
     typedef OECompareResult (*NameComparator)(const OCAnsiString&, const OCAnsiString&);
 
+    /// An empty list.
     OCNamedList(OENamedListCase matching, OENamedListMode order) noexcept
         : listCase(matching), listMode(order) {}
     /// A deep copy, by `assign`.
@@ -100,6 +104,7 @@ public:
 
     /// The number of elements.
     unsigned long getCount() const { return elements.getCount(); }
+    /// Whether there are none.
     bool isEmpty() const { return getCount() == 0; }
     /// The element at `index`, which stays the list's own; the reference lasts until the list is
     /// cleared. Likewise its name and its value.

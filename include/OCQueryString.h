@@ -20,6 +20,7 @@ class ORVABASE_EXPORT OCQueryElement : public OCObject {
 public:
     /// An empty name and an empty value.
     OCQueryElement() noexcept {}
+    /// A copy of a name and of a value.
     /// @throws OXMemory_AllocationError
     OCQueryElement(const OCAnsiString& elementName, const OCAnsiString& elementValue)
         : name(elementName), value(elementValue) {}
@@ -31,6 +32,7 @@ public:
     /// @throws OXMemory_AllocationError; nothing is changed then.
     OCQueryElement& assign(const OCQueryElement& other);
 
+    /// The name and the value, which last until they are changed.
     const OCAnsiString& getName() const { return name; }
     const OCAnsiString& getValue() const { return value; }
     /// Replace one of the two. The text may be the element's own.
@@ -85,6 +87,7 @@ public:
     OCQueryString(const OCQueryString& other);
     /// Takes `other`'s elements; it has none afterwards.
     OCQueryString(OCQueryString&& other) noexcept { swap(other); }
+    /// What `assign` does.
     OCQueryString& operator=(const OCAnsiString& text) { return assign(text); }
     OCQueryString& operator=(const OCQueryString& other) { return assign(other); }
     OCQueryString& operator=(OCQueryString&& other) noexcept;
@@ -115,6 +118,7 @@ public:
     /// Removes all elements.
     void clear() noexcept;
 
+    /// The number of elements.
     unsigned long getCount() const { return elements.getCount(); }
 
     /// Appends a pair, also when the name exists already.

@@ -37,6 +37,7 @@ public:
     OCResourceLocator(const OCResourceLocator& other) = default;
     /// Takes `other`'s parts; it has none afterwards.
     OCResourceLocator(OCResourceLocator&& other) noexcept : port(0) { take(other); }
+    /// What `assign` does.
     OCResourceLocator& operator=(const OCAnsiString& text) { return assign(text); }
     OCResourceLocator& operator=(const OCResourceLocator& other) { return assign(other); }
     OCResourceLocator& operator=(OCResourceLocator&& other) noexcept;
@@ -62,35 +63,47 @@ public:
 
     /// The protocol without its `:`.
     const OCAnsiString& getProtocol() const { return protocol; }
+    /// Whether there is a protocol.
     bool hasProtocol() const { return protocol.getLength() != 0; }
     /// Stores the text as it is, as `setServer` and `setResource` do.
     /// @throws OXMemory_AllocationError
     void setProtocol(const OCAnsiString& text) { protocol = text; }
+    /// Removes the protocol.
     void clearProtocol() noexcept { protocol.clear(); }
 
     /// The server without the slashes in front.
     const OCAnsiString& getServer() const { return server; }
+    /// Whether there is a server.
     bool hasServer() const { return server.getLength() != 0; }
+    /// Stores the text as it is.
     /// @throws OXMemory_AllocationError
     void setServer(const OCAnsiString& text) { server = text; }
+    /// Removes the server.
     void clearServer() noexcept { server.clear(); }
 
     /// The number of the port; 0 is none.
     unsigned int getPort() const { return port; }
+    /// Whether there is a port.
     bool hasPort() const { return port != 0; }
+    /// Sets the number of the port; 0 is none.
     void setPort(unsigned int number) { port = number; }
+    /// Removes the port.
     void clearPort() noexcept { port = 0; }
 
     /// What stands between the server and the parameters, the slash in front included.
     const OCFilePath& getResource() const { return resource; }
+    /// Whether there is a resource.
     bool hasResource() const { return resource.getLength() != 0; }
+    /// Stores the path as it is.
     /// @throws OXMemory_AllocationError
     void setResource(const OCFilePath& path) { resource = path; }
+    /// Removes the resource.
     void clearResource() noexcept { resource.clear(); }
 
     /// The parameters, decoded.
     OCQueryString& getParameters() { return parameters; }
     const OCQueryString& getParameters() const { return parameters; }
+    /// Removes the parameters.
     void clearParameters() noexcept { parameters.clear(); }
 
     // The steps of reading. Each takes its part off `text`, or clears the part when `text` has

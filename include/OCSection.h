@@ -90,6 +90,7 @@ private:
 /// It refers to the section, which must outlive it, and belongs to one thread.
 class ORVABASE_EXPORT OCAbstractSectionLock : public OCObject {
 public:
+    /// A lock of `target`, which is not entered yet.
     explicit OCAbstractSectionLock(OCAbstractSection& target) noexcept : section(target) {}
     OCAbstractSectionLock(const OCAbstractSectionLock&) = delete;
     OCAbstractSectionLock& operator=(const OCAbstractSectionLock&) = delete;

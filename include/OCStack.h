@@ -31,6 +31,7 @@ public:
     /// then.
     void clear() { vector.clear(); }
 
+    /// Whether there are no elements.
     bool isEmpty() const { return vector.getCount() == 0; }
     /// The number of elements.
     unsigned long getCount() const { return vector.getCount(); }
@@ -66,6 +67,7 @@ private:
 /// outlive it.
 class ORVABASE_EXPORT OCStackUtilities : public OCObject {
 public:
+    /// Refers to `target`.
     explicit OCStackUtilities(OCStack& target) noexcept : stack(target) {}
     OCStackUtilities(const OCStackUtilities&) = delete;
     OCStackUtilities& operator=(const OCStackUtilities&) = delete;

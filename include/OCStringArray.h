@@ -33,6 +33,7 @@ public:
 
     /// The number of strings, without the null pointer at the end.
     unsigned long getCount() const { return strings.getCount(); }
+    /// Whether there are none.
     bool isEmpty() const { return strings.getCount() == 0; }
 
     /// The array: one pointer to the characters of each string, in order, and a null pointer. Valid

@@ -28,6 +28,7 @@ enum OEStringFilterMode : int {
 ///     filter.writeAnsi(stream, "\tend");  // appends .end
 class ORVABASE_EXPORT OCAbstractStringFilter : public OCObject {
 public:
+    /// A filter of that mode.
     explicit OCAbstractStringFilter(OEStringFilterMode filterMode) noexcept : mode(filterMode) {}
     ~OCAbstractStringFilter() override;
 
@@ -41,6 +42,7 @@ public:
     virtual void writeCodeAnsi(OCStreamWriter& writer, char c) const = 0;
     virtual void writeCodeWide(OCStreamWriter& writer, wchar_t c) const = 0;
 
+    /// The mode given to the constructor.
     OEStringFilterMode getMode() const { return mode; }
 
     /// Read characters, one after the other, until the filter ends the text. A result other than
@@ -69,6 +71,7 @@ private:
 /// is no byte is written as `.`.
 class ORVABASE_EXPORT OCOctetStringFilter : public OCAbstractStringFilter {
 public:
+    /// A filter of that mode.
     explicit OCOctetStringFilter(OEStringFilterMode filterMode) noexcept
         : OCAbstractStringFilter(filterMode) {}
     ~OCOctetStringFilter() override;
@@ -76,6 +79,7 @@ public:
     unsigned int readCodeAnsi(OCStreamReader& reader, char* c) const override;
     /// Note: the byte is sign-extended: 233 becomes -23.
     unsigned int readCodeWide(OCStreamReader& reader, wchar_t* c) const override;
+    /// Write the character; a wide one that is no byte becomes `.`.
     void writeCodeAnsi(OCStreamWriter& writer, char c) const override;
     void writeCodeWide(OCStreamWriter& writer, wchar_t c) const override;
 };
@@ -83,6 +87,7 @@ public:
 /// The filter of T61String: the same as that of OctetString.
 class ORVABASE_EXPORT OCT61StringFilter : public OCOctetStringFilter {
 public:
+    /// A filter of that mode.
     explicit OCT61StringFilter(OEStringFilterMode filterMode) noexcept
         : OCOctetStringFilter(filterMode) {}
     ~OCT61StringFilter() override;
@@ -95,6 +100,7 @@ public:
 /// it.
 class ORVABASE_EXPORT OCUtf8StringFilter : public OCAbstractStringFilter {
 public:
+    /// A filter of that mode.
     explicit OCUtf8StringFilter(OEStringFilterMode filterMode) noexcept
         : OCAbstractStringFilter(filterMode) {}
     ~OCUtf8StringFilter() override;
@@ -112,6 +118,7 @@ public:
 /// can those of an application: they override the test and the mask.
 class ORVABASE_EXPORT OCIa5StringFilter : public OCAbstractStringFilter {
 public:
+    /// A filter of that mode.
     explicit OCIa5StringFilter(OEStringFilterMode filterMode) noexcept
         : OCAbstractStringFilter(filterMode) {}
     ~OCIa5StringFilter() override;
@@ -136,34 +143,40 @@ public:
 /// The filter of NumericString: digits and the space, which is also the mask byte.
 class ORVABASE_EXPORT OCNumericStringFilter : public OCIa5StringFilter {
 public:
+    /// A filter of that mode.
     explicit OCNumericStringFilter(OEStringFilterMode filterMode) noexcept
         : OCIa5StringFilter(filterMode) {}
     ~OCNumericStringFilter() override;
 
     char maskByte() const override;
     bool validateByte(unsigned char byte) const override;
+    /// The test of this class, without regard to overrides.
     static bool testByte(unsigned char byte) noexcept;
 };
 
 /// The filter of PrintableString: digits, ASCII letters, the space and `'()+,-./:=?`.
 class ORVABASE_EXPORT OCPrintableStringFilter : public OCIa5StringFilter {
 public:
+    /// A filter of that mode.
     explicit OCPrintableStringFilter(OEStringFilterMode filterMode) noexcept
         : OCIa5StringFilter(filterMode) {}
     ~OCPrintableStringFilter() override;
 
     bool validateByte(unsigned char byte) const override;
+    /// The test of this class, without regard to overrides.
     static bool testByte(unsigned char byte) noexcept;
 };
 
 /// The filter of VisibleString: the bytes 32 to 126.
 class ORVABASE_EXPORT OCVisibleStringFilter : public OCIa5StringFilter {
 public:
+    /// A filter of that mode.
     explicit OCVisibleStringFilter(OEStringFilterMode filterMode) noexcept
         : OCIa5StringFilter(filterMode) {}
     ~OCVisibleStringFilter() override;
 
     bool validateByte(unsigned char byte) const override;
+    /// The test of this class, without regard to overrides.
     static bool testByte(unsigned char byte) noexcept;
 };
 

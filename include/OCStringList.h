@@ -29,6 +29,7 @@ ORVABASE_EXPORT OECompareResult stringListCompareInsensitive(const OCObject* a, 
 ///     names.contains("BETA");       // true
 class ORVABASE_EXPORT OCStringList : public OCObject {
 public:
+    /// An empty list.
     OCStringList(OEStringListCase matching, OEStringListMode order) noexcept
         : listCase(matching), listMode(order) {}
     /// A deep copy, by `assign`.
@@ -57,6 +58,7 @@ public:
 
     /// The number of slots, null slots included.
     unsigned long getCount() const { return strings.getCount(); }
+    /// How the list matches, and whether it sorts itself.
     OEStringListCase getCase() const { return listCase; }
     OEStringListMode getMode() const { return listMode; }
     /// Whether `index` is below the count and its slot is not null.

@@ -127,12 +127,15 @@ public:
 
     /// The following do what the list of rows does.
     void clear() noexcept { rows->clear(); }
+    /// Adds a cell to a new row at the end, or to the last row.
     /// @throws OXStringTableRowList_UnassignedObject, OXMemory_AllocationError
     void addString(const OCAnsiString& text, bool newRow) { rows->addString(text, newRow); }
+    /// Sets the text of a cell.
     /// @throws OXMemory_AllocationError
     void setString(unsigned long row, unsigned long column, const OCAnsiString& text) {
         rows->setString(row, column, text);
     }
+    /// The text of a cell.
     /// @throws OXStringTableRowList_UnassignedObject, OXStringTableRow_UnassignedObject
     OCAnsiString& getString(unsigned long row, unsigned long column) {
         return rows->getString(row, column);
@@ -140,12 +143,13 @@ public:
     const OCAnsiString& getString(unsigned long row, unsigned long column) const {
         return getRows().getString(row, column);
     }
+    /// Whether there is such a cell and it holds a text.
     bool hasString(unsigned long row, unsigned long column) const {
         return rows->hasString(row, column);
     }
 
 protected:
-    // The constructor and the destructor are made of these steps.
+    /// The constructor and the destructor are made of these steps.
     void initialize();
     void initializeRows();
     void destroy() noexcept;

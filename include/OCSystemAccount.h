@@ -47,6 +47,7 @@ public:
     void findByIdentifier(unsigned int identifier);
 
     OCAnsiString getName() const override;
+    /// The number of the account.
     unsigned int getIdentifier() const { return record.pw_uid; }
 
     /// The step of construction that asks the system for the size of the texts and makes the space
@@ -81,6 +82,7 @@ public:
     void findByIdentifier(unsigned int identifier);
 
     OCAnsiString getName() const override;
+    /// The number of the account.
     unsigned int getIdentifier() const { return record.gr_gid; }
 
     /// The step of construction that asks the system for the size of the texts and makes the space

@@ -18,6 +18,7 @@ class ORVABASE_EXPORT OCSystemProcessAffinity : public OCObject {
 public:
     /// No processor.
     OCSystemProcessAffinity() noexcept { clear(); }
+    /// The processors of a set in the system's form.
     OCSystemProcessAffinity(const cpu_set_t& processors) noexcept : affinity(processors) {}
     OCSystemProcessAffinity(const OCSystemProcessAffinity&) noexcept = default;
     OCSystemProcessAffinity& operator=(const OCSystemProcessAffinity&) noexcept = default;
@@ -47,6 +48,7 @@ class ORVABASE_EXPORT OCSystemProcess {
 public:
     OCSystemProcess() = delete;
 
+    /// The number of the process, and those of its user and its group.
     static int getIdentifier() noexcept;
     static unsigned int getUserIdentifier() noexcept;
     static unsigned int getEffectiveUserIdentifier() noexcept;

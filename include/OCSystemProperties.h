@@ -23,6 +23,7 @@ public:
     /// The host name.
     /// @throws OXSystemProperties_GetNodeNameError
     static OCAnsiString getNodeName();
+    /// The kind of the machine, of its system, and the mode that the system runs in.
     static OESystemArchitecture identifyArchitecture() noexcept;
     static OESystemPlatform identifyPlatform() noexcept;
     static OESystemMode identifyMode() noexcept;

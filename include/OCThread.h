@@ -70,6 +70,7 @@ public:
     void destroy() { destroyThread(); }
 
 protected:
+    /// The steps of the construction: create the thread, which waits to be resumed.
     void initialize();
     void initializeThread();
     /// Waits for the thread, as `waitFor` does, if it has ended already. False when it has not, or

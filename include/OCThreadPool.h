@@ -23,6 +23,7 @@ public:
     unsigned int getInitialSize() const { return initialSize; }
     /// The number of workers that a pool does not exceed.
     unsigned int getMaximumSize() const { return maximumSize; }
+    /// Set the numbers.
     void setAverageSize(unsigned int size) { averageSize = size; }
     void setInitialSize(unsigned int size) { initialSize = size; }
     void setMaximumSize(unsigned int size) { maximumSize = size; }
@@ -37,16 +38,19 @@ private:
 /// the thread that runs the job, without any locking.
 class ORVABASE_EXPORT OCThreadPoolJob : public OCObject {
 public:
+    /// The type of a job's function.
     typedef unsigned int (*Callback)(OCObject*);
 
     /// A job without a function and an object.
     OCThreadPoolJob() noexcept : object(nullptr), callback(nullptr) {}
+    /// The job of calling `function` with `argument`.
     explicit OCThreadPoolJob(Callback function, OCObject* argument = nullptr) noexcept
         : object(argument), callback(function) {}
     OCThreadPoolJob(const OCThreadPoolJob&) noexcept = default;
     OCThreadPoolJob& operator=(const OCThreadPoolJob&) noexcept = default;
     ~OCThreadPoolJob() noexcept override;
 
+    /// The object and the function; null when there is none.
     OCObject* getObject() const { return object; }
     Callback getCallback() const { return callback; }
     /// Both may be null.
@@ -132,6 +136,7 @@ public:
 
     /// The number of workers, those included that have ended.
     unsigned int getCount() const { return static_cast<unsigned int>(workers.getCount()); }
+    /// The worker at `index`, which stays the list's.
     /// @throws OXVector_NoSuchIndex
     OCThreadPoolWorker& getWorker(unsigned int index) {
         return static_cast<OCThreadPoolWorker&>(workers.getElement(index));
@@ -211,11 +216,13 @@ public:
     /// What submissions and counts are inside of.
     OCCriticalSection& getSynchronizer() { return synchronizer; }
     const OCCriticalSection& getSynchronizer() const { return synchronizer; }
+    /// The workers.
     OCThreadPoolWorkerList& getWorkers() { return *workerList; }
     const OCThreadPoolWorkerList& getWorkers() const { return *workerList; }
 
     /// Ends and deletes all workers.
     void destroyWorkers();
+    /// Deletes the parameters.
     void destroyParameters();
     /// Ends the use of the pool: only `execute`, which refuses, `shutdown`, which does nothing, and
     /// `initialize` may still be called.
@@ -242,13 +249,16 @@ private:
 /// that have ended count as busy. Each operation looks at every worker.
 class ORVABASE_EXPORT OCThreadPoolStatistics : public OCObject {
 public:
+    /// Refers to `target`.
     explicit OCThreadPoolStatistics(OCThreadPool& target) noexcept : pool(target) {}
     OCThreadPoolStatistics(const OCThreadPoolStatistics&) = delete;
     OCThreadPoolStatistics& operator=(const OCThreadPoolStatistics&) = delete;
     ~OCThreadPoolStatistics() noexcept override;
 
+    /// The number of busy workers.
     /// @throws what the events throw.
     unsigned int countBusyWorkers() const;
+    /// The number of idle workers.
     /// @throws what the events throw.
     unsigned int countIdleWorkers() const;
 

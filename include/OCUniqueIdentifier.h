@@ -27,15 +27,18 @@ public:
     OCUniqueIdentifier() noexcept : identifier() {}
     OCUniqueIdentifier(const OCUniqueIdentifier& other) noexcept
         : OCObject(other), identifier(other.identifier) {}
+    /// The identifier of these bytes.
     OCUniqueIdentifier(const OSUniqueIdentifier& structure) noexcept : identifier(structure) {}
     ~OCUniqueIdentifier() noexcept override;
 
     OCUniqueIdentifier& operator=(const OCUniqueIdentifier& other) noexcept {
         return assign(other);
     }
+    /// Replaces all 16 bytes.
     OCUniqueIdentifier& operator=(const OSUniqueIdentifier& structure) noexcept {
         return assign(structure);
     }
+    /// Replace all 16 bytes.
     OCUniqueIdentifier& assign(const OCUniqueIdentifier& other) noexcept {
         return assign(other.identifier);
     }

@@ -47,7 +47,9 @@ public:
     /// unassigned.
     void clear() noexcept;
 
+    /// The type of what is held.
     OEVariantType getType() const noexcept { return type; }
+    /// Sets the type; the object stays.
     void setType(OEVariantType newType) noexcept { type = newType; }
     /// The object, which stays the data's own; null when there is none.
     OCObject* getObject() const noexcept { return object; }
@@ -88,7 +90,9 @@ public:
     /// Drops the value.
     void clear() noexcept { data->clear(); }
 
+    /// The type of what is held.
     OEVariantType getType() const noexcept { return data->getType(); }
+    /// Whether a value is held.
     bool isAssigned() const noexcept { return getType() != VariantTypeUnassigned; }
 
     /// Replace the value by a copy of the argument, which may be the value held.
@@ -110,7 +114,7 @@ public:
     const OCWideString& getStringWide() const;
 
 protected:
-    // The constructors and the destructor are made of these steps.
+    /// The constructors and the destructor are made of these steps.
     void initialize();
     void initializeData();
     void destroy() noexcept;

@@ -161,6 +161,7 @@ private:
 /// not outlive it.
 class ORVABASE_EXPORT OCVectorUtilities : public OCObject {
 public:
+    /// Refers to `target`.
     explicit OCVectorUtilities(OCVector& target) noexcept : vector(target) {}
     OCVectorUtilities(const OCVectorUtilities&) = delete;
     OCVectorUtilities& operator=(const OCVectorUtilities&) = delete;

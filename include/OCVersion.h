@@ -17,12 +17,14 @@ public:
 
     /// Version 0.0.
     OCVersion() noexcept : majorPart(0), minorPart(0) {}
+    /// The version of these two parts.
     OCVersion(unsigned int majorNumber, unsigned int minorNumber) noexcept
         : majorPart(majorNumber), minorPart(minorNumber) {}
     OCVersion(const OCVersion&) noexcept = default;
     OCVersion& operator=(const OCVersion&) noexcept = default;
     ~OCVersion() noexcept override;
 
+    /// The two parts.
     unsigned int getMajor() const noexcept { return majorPart; }
     unsigned int getMinor() const noexcept { return minorPart; }
 

@@ -31,6 +31,7 @@ public:
     OCWideString() noexcept : granularity(64), capacity(64), length(0), data(localBuffer) {
         localBuffer[0] = 0;
     }
+    /// One character, which may be zero.
     OCWideString(wchar_t c) noexcept;
     /// Exactly `count` characters, zero characters included.
     /// @throws OXMemory_AllocationError (so do the constructors from texts that follow).

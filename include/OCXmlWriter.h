@@ -76,8 +76,10 @@ public:
     OCXmlWriterElementAttribute& operator=(const OCXmlWriterElementAttribute&) = default;
     ~OCXmlWriterElementAttribute() noexcept override;
 
+    /// The name and the value, which last until they are changed.
     const OCWideString& getName() const noexcept { return name; }
     const OCWideString& getValue() const noexcept { return value; }
+    /// Replace the name or the value.
     /// @throws OXMemory_AllocationError; the attribute is then as it was (so in `setValue`).
     void setName(const OCWideString& text) { name.assign(text); }
     void setValue(const OCWideString& text) { value.assign(text); }
@@ -152,6 +154,7 @@ public:
     /// @throws OXStack_UnderflowError when the stack is empty, OXMemory_AllocationError when its
     /// array cannot be made smaller; the stack is then as it was.
     OCWideString pop();
+    /// Whether no element is open.
     bool isEmpty() const noexcept { return names.isEmpty(); }
     /// Drops all names.
     void clear() noexcept;
@@ -198,6 +201,7 @@ public:
     /// The names of the open elements.
     OCXmlWriterElementStack& getElementStack() noexcept { return *elementStack; }
     const OCXmlWriterElementStack& getElementStack() const noexcept { return *elementStack; }
+    /// The output that it writes to.
     OCXmlWriterOutput& getOutput() noexcept { return output; }
     const OCXmlWriterOutput& getOutput() const noexcept { return output; }
 
