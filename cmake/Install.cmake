@@ -3,15 +3,17 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS orvabase EXPORT orvabase
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(FILES ${ORVABASE_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orvabase")
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+    COMPONENT runtime NAMELINK_COMPONENT development)
+install(FILES ${ORVABASE_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orvabase" COMPONENT development)
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT license)
 
 set(ORVABASE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/orvabase")
 install(EXPORT orvabase
     FILE orvabaseTargets.cmake
     NAMESPACE orvabase::
-    DESTINATION "${ORVABASE_CMAKE_DIR}")
+    DESTINATION "${ORVABASE_CMAKE_DIR}"
+    COMPONENT development)
 configure_package_config_file(
     "${PROJECT_SOURCE_DIR}/cmake/orvabaseConfig.cmake.in"
     "${PROJECT_BINARY_DIR}/package/orvabaseConfig.cmake"
@@ -22,7 +24,8 @@ write_basic_package_version_file(
 install(FILES
     "${PROJECT_BINARY_DIR}/package/orvabaseConfig.cmake"
     "${PROJECT_BINARY_DIR}/package/orvabaseConfigVersion.cmake"
-    DESTINATION "${ORVABASE_CMAKE_DIR}")
+    DESTINATION "${ORVABASE_CMAKE_DIR}"
+    COMPONENT development)
 
 # The prefix, as seen from the directory of orvabase.pc.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
@@ -31,4 +34,5 @@ configure_file(
     "${PROJECT_SOURCE_DIR}/cmake/orvabase.pc.in"
     "${PROJECT_BINARY_DIR}/package/orvabase.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/package/orvabase.pc"
-    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+    COMPONENT development)
