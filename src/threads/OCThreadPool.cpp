@@ -61,11 +61,16 @@ unsigned int OCThreadPoolJob::execute() const {
     if (callback == nullptr)
         return 1;
     try {
-        return callback(object);
+        try {
+            return callback(object);
+        } catch (...) {
+            passUnwinding();
+        }
     } catch (...) {
+        // What was thrown may throw in its turn when it is destroyed.
         passUnwinding();
-        return 1;
     }
+    return 1;
 }
 
 // How a job changes hands. The submitter puts it into the worker's field, signals the job event and

@@ -248,6 +248,13 @@ TEST(OCThreadPoolJob, GivesOneWithoutAFunctionOrWhenTheFunctionThrows) {
     EXPECT_EQ(job.execute(), 1U);
 }
 
+TEST(OCThreadPoolJob, GivesOneWhenWhatWasThrownThrowsInItsDestructor) {
+    struct Thrown {
+        ~Thrown() noexcept(false) { throw 5; }
+    };
+    EXPECT_EQ(OCThreadPoolJob([](OCObject*) -> unsigned int { throw Thrown(); }).execute(), 1U);
+}
+
 TEST(OCThreadPoolWorker, AddsThreeEventsAndAJobToTheThread) {
     EXPECT_EQ(sizeof(OCThreadPoolWorker), 680U);
     EXPECT_EQ(slots::slotOf(&OCThreadPoolWorker::execute), 2U);
@@ -1485,7 +1492,11 @@ TEST(OCThreadPool, CanBeginAnew) {
     // Its own parameters will do.
     pool.getParameters().setInitialSize(2);
     pool.getParameters().setMaximumSize(3);
-    pool.initialize(pool.getParameters());
+    {
+        Joins joins;
+        pool.initialize(pool.getParameters());
+        EXPECT_EQ(joins.threads.size(), 1U);
+    }
     EXPECT_EQ(task.runs, 1);
     EXPECT_EQ(OCThreadPoolStatistics(pool).countIdleWorkers(), 2U);
     EXPECT_EQ(pool.getParameters().getMaximumSize(), 3U);
