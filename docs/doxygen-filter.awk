@@ -64,6 +64,11 @@ open {
     next
 }
 
+class != "" && access == "private" {
+    print ""
+    next
+}
+
 /^ *\/\/\// {
     if (pending == "" && shared != "")
         shared = ""
@@ -81,7 +86,7 @@ open {
 }
 
 # The beginning of a declaration: of a member, or of a function outside of classes.
-(class != "" && access != "private" && /^    [^ }#\/]/ && !/^    (friend|using|typedef|enum|struct|class) /) ||
+(class != "" && /^    [^ }#\/]/ && !/^    (friend|using|typedef|enum|struct|class) /) ||
 (class == "" && /^[^ }#\/]/ && /[(]/ && !/^(namespace|enum|using|template|extern)/) {
     indent = class == "" ? "" : "    "
     if (/[&*]$/) { # the result stands on a line of its own

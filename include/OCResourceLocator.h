@@ -23,7 +23,7 @@
 ///
 /// Note: not every text is written as it was read. The protocol ends at the first `:` wherever that
 /// stands, so `host:80/x` has the protocol `host`; the protocol and the port are written only with
-/// a server, and the parameters only with a resource: `news:item` is written as `item`, and
+/// a server, and the parameters only with a resource: `memo:item` is written as `item`, and
 /// `web://server?q=1` as `web://server`.
 class ORVABASE_EXPORT OCResourceLocator : public OCObject {
 public:
