@@ -2,10 +2,17 @@
 
 #include "core/OCKernels.h"
 #include "markup/HtmlGrammar.h"
+#include "markup/MarkupReader.h"
 
 using orvabase::HtmlCursor;
 using orvabase::HtmlGrammar;
 using orvabase::HtmlInput;
+
+namespace {
+
+using Operations = orvabase::MarkupReader<HtmlCursor>;
+
+} // namespace
 
 OCHtmlParserEvents::~OCHtmlParserEvents() = default;
 
@@ -70,17 +77,11 @@ bool OCHtmlParserReader::peekCharacter(char c) {
 }
 
 bool OCHtmlParserReader::previewCharacter(char& c) {
-    if (!growBuffer(1))
-        return false;
-    c = *buffer.getString();
-    return true;
+    return Operations::preview(*this, buffer, c);
 }
 
 void OCHtmlParserReader::skipCharacter(char) {
-    if (growBuffer(1))
-        buffer.remove(0, 1);
-    else
-        buffer.clear();
+    Operations::skip(*this, buffer, 1);
 }
 
 bool OCHtmlParserReader::peekString(const OCAnsiString& s) {
@@ -90,35 +91,16 @@ bool OCHtmlParserReader::peekString(const OCAnsiString& s) {
 }
 
 void OCHtmlParserReader::skipString(const OCAnsiString& s) {
-    const unsigned long length = s.getLength();
-    if (length == 0)
-        return;
-    if (growBuffer(length))
-        buffer.remove(0, length);
-    else
-        buffer.clear();
+    if (s.getLength() > 0)
+        Operations::skip(*this, buffer, s.getLength());
 }
 
 bool OCHtmlParserReader::findCharacterInternal(char c, OCAnsiString* skipped) {
-    HtmlCursor cursor(*this, HtmlCursor::Shared);
-    if (!skipped)
-        return cursor.find(c);
-    cursor.beginToken(*skipped, skipped->getLength());
-    const bool found = cursor.find(c);
-    cursor.endToken();
-    return found;
+    return Operations::find(*this, c, skipped);
 }
 
 bool OCHtmlParserReader::findStringInternal(const OCAnsiString& s, OCAnsiString* skipped) {
-    if (&s == skipped)
-        return findStringInternal(OCAnsiString(s), skipped);
-    HtmlCursor cursor(*this, HtmlCursor::Shared);
-    if (!skipped)
-        return cursor.find(s.getString(), s.getLength());
-    cursor.beginToken(*skipped, skipped->getLength());
-    const bool found = cursor.find(s.getString(), s.getLength());
-    cursor.endToken();
-    return found;
+    return Operations::find(*this, s, skipped);
 }
 
 OCHtmlParser::~OCHtmlParser() noexcept = default;

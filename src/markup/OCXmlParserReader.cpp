@@ -1,9 +1,16 @@
 #include "OCXmlParserReader.h"
 
 #include "core/OCKernels.h"
+#include "markup/MarkupReader.h"
 #include "markup/XmlCursor.h"
 
 using orvabase::XmlCursor;
+
+namespace {
+
+using Operations = orvabase::MarkupReader<XmlCursor>;
+
+} // namespace
 
 OCXmlParserSource::~OCXmlParserSource() noexcept = default;
 
@@ -79,17 +86,11 @@ bool OCXmlParserReader::peekCharacter(wchar_t c) {
 }
 
 bool OCXmlParserReader::previewCharacter(wchar_t& c) {
-    if (!growBuffer(1))
-        return false;
-    c = *buffer.getString();
-    return true;
+    return Operations::preview(*this, buffer, c);
 }
 
 void OCXmlParserReader::skipCharacter(wchar_t) {
-    if (growBuffer(1))
-        buffer.remove(0, 1);
-    else
-        buffer.clear();
+    Operations::skip(*this, buffer, 1);
 }
 
 bool OCXmlParserReader::peekString(const OCWideString& s) {
@@ -99,35 +100,16 @@ bool OCXmlParserReader::peekString(const OCWideString& s) {
 }
 
 void OCXmlParserReader::skipString(const OCWideString& s) {
-    const unsigned long length = s.getLength();
-    if (length == 0)
-        return;
-    if (growBuffer(length))
-        buffer.remove(0, length);
-    else
-        buffer.clear();
+    if (s.getLength() > 0)
+        Operations::skip(*this, buffer, s.getLength());
 }
 
 bool OCXmlParserReader::findCharacterInternal(wchar_t c, OCWideString* skipped) {
-    XmlCursor cursor(*this, XmlCursor::Shared);
-    if (!skipped)
-        return cursor.find(c);
-    cursor.beginToken(*skipped, skipped->getLength());
-    const bool found = cursor.find(c);
-    cursor.endToken();
-    return found;
+    return Operations::find(*this, c, skipped);
 }
 
 bool OCXmlParserReader::findStringInternal(const OCWideString& s, OCWideString* skipped) {
-    if (&s == skipped)
-        return findStringInternal(OCWideString(s), skipped);
-    XmlCursor cursor(*this, XmlCursor::Shared);
-    if (!skipped)
-        return cursor.find(s.getString(), s.getLength());
-    cursor.beginToken(*skipped, skipped->getLength());
-    const bool found = cursor.find(s.getString(), s.getLength());
-    cursor.endToken();
-    return found;
+    return Operations::find(*this, s, skipped);
 }
 
 OXXmlParser::OXXmlParser() = default;
