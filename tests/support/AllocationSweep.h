@@ -95,7 +95,11 @@ private:
         std::string result;
         {
             const auto subject = make();
-            operation(*subject);
+            try {
+                operation(*subject);
+            } catch (const OXException& exception) {
+                FAIL() << exception.getMessage().getString();
+            }
             result = describe(*subject);
         }
         for (const fault::HeapFault::Extent extent :
