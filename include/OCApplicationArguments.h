@@ -126,11 +126,10 @@ public:
     /// Deletes all arguments.
     void clear();
 
-    /// @name The steps of `addArgument`
+    /// @name The steps of addArgument
     /// @{
 
-    /// Whether the text is two characters or more, of which only the first one is sure to be a `-`:
-    /// the second is none.
+    /// Whether the text has two characters or more and begins with exactly one `-`.
     bool isOptionShort(const OCAnsiString& argument) const;
     /// Whether the text begins with two `-`.
     bool isOptionLong(const OCAnsiString& argument) const;
