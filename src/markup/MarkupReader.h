@@ -42,11 +42,12 @@ private:
     template<class Search>
     static bool collect(Reader& reader, String* skipped, const Search& search) {
         Cursor cursor(reader, Cursor::Shared);
-        if (!skipped)
-            return search(cursor);
-        cursor.beginToken(*skipped, skipped->getLength());
+        if (skipped)
+            cursor.beginToken(*skipped, skipped->getLength());
         const bool found = search(cursor);
-        cursor.endToken();
+        if (skipped)
+            cursor.endToken();
+        cursor.leave(); // reports a refusal, as the destructor cannot
         return found;
     }
 };

@@ -4,6 +4,8 @@
 #include "markup/HtmlGrammar.h"
 #include "markup/MarkupReader.h"
 
+#include <type_traits>
+
 using orvabase::HtmlCursor;
 using orvabase::HtmlGrammar;
 using orvabase::HtmlInput;
@@ -103,6 +105,25 @@ bool OCHtmlParserReader::findStringInternal(const OCAnsiString& s, OCAnsiString*
     return Operations::find(*this, s, skipped);
 }
 
+namespace {
+
+/// Runs one operation of the grammar on a caller's reader and brings that up to date, which may
+/// need memory: the end of the grammar does so too, but could not report a refusal.
+template<typename Operation>
+auto run(OCHtmlParser& parser, OCHtmlParserReader& reader, Operation operation) {
+    HtmlGrammar grammar(parser, reader);
+    if constexpr (std::is_void_v<decltype(operation(grammar))>) {
+        operation(grammar);
+        grammar.leave();
+    } else {
+        const auto result = operation(grammar);
+        grammar.leave();
+        return result;
+    }
+}
+
+} // namespace
+
 OCHtmlParser::~OCHtmlParser() noexcept = default;
 
 void OCHtmlParser::parse(OCStream& stream) {
@@ -122,84 +143,88 @@ void OCHtmlParser::warning(OEHtmlWarningClass warningClass) {
 }
 
 void OCHtmlParser::parseDocument(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseDocument();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocument(); });
 }
 
 bool OCHtmlParser::possibleMiscellaneous(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleMiscellaneous();
+    return run(*this, reader,
+               [&](HtmlGrammar& grammar) { return grammar.possibleMiscellaneous(); });
 }
 
 bool OCHtmlParser::possibleCharacterData(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleCharacterData();
+    return run(*this, reader,
+               [&](HtmlGrammar& grammar) { return grammar.possibleCharacterData(); });
 }
 
 bool OCHtmlParser::possibleComment(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleComment();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleComment(); });
 }
 
 bool OCHtmlParser::possibleCommentBegin(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleCommentBegin();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleCommentBegin(); });
 }
 
 void OCHtmlParser::parseCommentContents(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseCommentContents();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseCommentContents(); });
 }
 
 void OCHtmlParser::parseCommentEnd(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseCommentEnd();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseCommentEnd(); });
 }
 
 bool OCHtmlParser::possibleDocumentType(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleDocumentType();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleDocumentType(); });
 }
 
 bool OCHtmlParser::possibleDocumentTypeBegin(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleDocumentTypeBegin();
+    return run(*this, reader,
+               [&](HtmlGrammar& grammar) { return grammar.possibleDocumentTypeBegin(); });
 }
 
 void OCHtmlParser::parseDocumentTypeContents(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseDocumentTypeContents();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocumentTypeContents(); });
 }
 
 void OCHtmlParser::parseDocumentTypeEnd(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseDocumentTypeEnd();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocumentTypeEnd(); });
 }
 
 bool OCHtmlParser::possibleElement(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleElement();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElement(); });
 }
 
 bool OCHtmlParser::possibleElementEnd(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleElementEnd();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElementEnd(); });
 }
 
 bool OCHtmlParser::possibleElementStart(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleElementStart();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElementStart(); });
 }
 
 bool OCHtmlParser::possibleElementStartBegin(OCHtmlParserReader& reader, OCAnsiString& name) {
-    return HtmlGrammar(*this, reader).possibleElementStartBegin(name);
+    return run(*this, reader,
+               [&](HtmlGrammar& grammar) { return grammar.possibleElementStartBegin(name); });
 }
 
 void OCHtmlParser::parseAttributeList(OCHtmlParserReader& reader) {
-    HtmlGrammar(*this, reader).parseAttributeList();
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeList(); });
 }
 
 void OCHtmlParser::parseElementStartEnd(OCHtmlParserReader& reader, const OCAnsiString& name) {
-    HtmlGrammar(*this, reader).parseElementStartEnd(name);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEnd(name); });
 }
 
 void OCHtmlParser::parseElementStartEndContent(OCHtmlParserReader& reader,
                                                const OCAnsiString& name) {
-    HtmlGrammar(*this, reader).parseElementStartEndContent(name);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEndContent(name); });
 }
 
 void OCHtmlParser::parseElementStartEndEmpty(OCHtmlParserReader& reader, const OCAnsiString& name) {
-    HtmlGrammar(*this, reader).parseElementStartEndEmpty(name);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEndEmpty(name); });
 }
 
 bool OCHtmlParser::possibleAttribute(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleAttribute();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleAttribute(); });
 }
 
 bool OCHtmlParser::possibleAttributeName(OCHtmlParserReader& reader, OCAnsiString& name) {
@@ -207,21 +232,21 @@ bool OCHtmlParser::possibleAttributeName(OCHtmlParserReader& reader, OCAnsiStrin
 }
 
 void OCHtmlParser::parseAttributeValue(OCHtmlParserReader& reader, OCAnsiString& value) {
-    HtmlGrammar(*this, reader).parseAttributeValue(value);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValue(value); });
 }
 
 void OCHtmlParser::parseAttributeValueQuoted(OCHtmlParserReader& reader, OCAnsiString& value) {
-    HtmlGrammar(*this, reader).parseAttributeValueQuoted(value);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValueQuoted(value); });
 }
 
 void OCHtmlParser::parseAttributeValueSimple(OCHtmlParserReader& reader, OCAnsiString& value) {
-    HtmlGrammar(*this, reader).parseAttributeValueSimple(value);
+    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValueSimple(value); });
 }
 
 bool OCHtmlParser::possibleName(OCHtmlParserReader& reader, OCAnsiString& name) {
     // A name that a failing stream cuts off must not replace the caller's.
     OCAnsiString found;
-    if (!HtmlGrammar(*this, reader).possibleName(found))
+    if (!run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleName(found); }))
         return false;
     name = static_cast<OCAnsiString&&>(found);
     return true;
@@ -233,7 +258,7 @@ void OCHtmlParser::parseName(OCHtmlParserReader& reader, OCAnsiString& name) {
 }
 
 bool OCHtmlParser::possibleWhiteSpace(OCHtmlParserReader& reader) {
-    return HtmlGrammar(*this, reader).possibleWhiteSpace();
+    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleWhiteSpace(); });
 }
 
 OXHtml::OXHtml() = default;
