@@ -782,20 +782,31 @@ TEST(OCNamedList, AppendingIsNotQuadratic) {
     }
 }
 
+/// A list whose elements are still deleted when they were removed.
+struct ListToRemoveFrom {
+    ListToRemoveFrom(OENamedListMode mode, unsigned long count)
+        : list(NamedListCaseInsensitive, mode) {
+        list.addElement("a", "1");
+        for (unsigned long i = 0; i < count; ++i)
+            list.addElement("b", "2");
+        for (unsigned long i = 1; i <= count; ++i)
+            removed.emplace_back(&list.getElement(i));
+    }
+
+    OCNamedList list;
+    std::vector<std::unique_ptr<OCNamedElement>> removed;
+};
+
 TEST(OCNamedList, RemovingIsNotQuadratic) {
     const unsigned long n = fault::sanitized ? 2000 : 10000;
     for (const OENamedListMode mode : {NamedListModeUnsorted, NamedListModeSorted}) {
         EXPECT_LT(growth::ofEightTimes(
                       [mode](unsigned long count) {
-                          OCNamedList list(NamedListCaseInsensitive, mode);
-                          std::vector<std::unique_ptr<OCNamedElement>> removed;
-                          list.addElement("a", "1");
-                          for (unsigned long i = 0; i < count; ++i)
-                              list.addElement("b", "2");
-                          for (unsigned long i = 1; i <= count; ++i)
-                              removed.emplace_back(&list.getElement(i));
-                          list.removeElement("b");
-                          EXPECT_EQ(1u, list.getCount());
+                          return std::make_unique<ListToRemoveFrom>(mode, count);
+                      },
+                      [](ListToRemoveFrom& subject) {
+                          subject.list.removeElement("b");
+                          EXPECT_EQ(1u, subject.list.getCount());
                       },
                       n),
                   40);

@@ -115,7 +115,7 @@ typedef testing::Types<OCOctetStringFilter, OCT61StringFilter, OCUtf8StringFilte
                        OCIa5StringFilter, OCNumericStringFilter, OCPrintableStringFilter,
                        OCVisibleStringFilter>
     AllFilters;
-TYPED_TEST_SUITE(OCStringFilterOfEachKind, AllFilters);
+TYPED_TEST_SUITE(OCStringFilterOfEachKind, AllFilters, ); // clang asks for the comma
 
 TEST(OCStringFilter, OperationsHaveTheirSlots) {
     EXPECT_EQ(2u, slots::slotOf(&OCAbstractStringFilter::readCodeAnsi));
