@@ -56,13 +56,16 @@ TEST(AllocationSweep, ThreadPool) {
             }
             triggered = fault.triggered();
         }
-        EXPECT_EQ(triggered, refused);
+        // The heap of a thread sanitizer is asked for more than the library's own requests.
+        if (!fault::sanitized || !triggered) {
+            EXPECT_EQ(triggered, refused);
+        }
         EXPECT_EQ(refused ? 0U : 1U, pool.getWorkers().getCount());
         refusals += refused;
         if (!triggered)
             break;
     }
-    EXPECT_LE(2UL, refusals);
+    EXPECT_LE(fault::sanitized ? 1UL : 2UL, refusals);
 }
 
 } // namespace
