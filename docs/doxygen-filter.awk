@@ -39,6 +39,7 @@ function follow(text,    opened, closed) {
 
 {
     gsub(/ORVABASE_EXPORT /, "")
+    gsub(/ORVABASE_DIRECT /, "")
     gsub(/\[\[gnu::noinline\]\] /, "")
 }
 

@@ -87,7 +87,7 @@ public:
     /// By `parseNegative` if the text starts with `-`, else by `parsePositive`.
     /// @throws OXIntegerConversion_ConvertStringError when the text is empty or only `-`, or the
     /// radix is not from 2 to 16.
-    static int fromString(const OCAnsiString& text, unsigned int radix);
+    ORVABASE_DIRECT static int fromString(const OCAnsiString& text, unsigned int radix);
     /// Drops the first character, whatever it is, and gives the 32-bit negation of what
     /// `OCUnsignedIntegerConversion::fromString` makes of the rest.
     /// @throws OXIntegerConversion_ConvertStringError when the text has less than two characters,
@@ -117,7 +117,7 @@ public:
     /// `4294967296` gives 0.
     /// @throws OXIntegerConversion_ConvertStringError when the text is empty or the radix is not
     /// from 2 to 16.
-    static unsigned int fromString(const OCAnsiString& text, unsigned int radix);
+    ORVABASE_DIRECT static unsigned int fromString(const OCAnsiString& text, unsigned int radix);
     /// The size as a 32-bit number.
     /// @throws OXIntegerConversion_ConvertSizeError when it is above 4294967295.
     static unsigned int fromSize(unsigned long value);

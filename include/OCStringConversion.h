@@ -24,10 +24,10 @@ public:
     static OCAnsiString fromBoolean(bool value);
     /// `value` in `radix`; `-` stands before the digits of a negative one. Every value has a text,
     /// the most negative one too.
-    static OCAnsiString fromInteger(int value, unsigned int radix);
+    ORVABASE_DIRECT static OCAnsiString fromInteger(int value, unsigned int radix);
     /// `value` in `radix`.
-    static OCAnsiString fromInteger(unsigned int value, unsigned int radix);
-    static OCAnsiString fromSize(unsigned long value, unsigned int radix);
+    ORVABASE_DIRECT static OCAnsiString fromInteger(unsigned int value, unsigned int radix);
+    ORVABASE_DIRECT static OCAnsiString fromSize(unsigned long value, unsigned int radix);
 };
 
 #endif

@@ -37,7 +37,7 @@ unsigned int digitValue(char c) {
 /// The number that the eight bytes of a word spell, the first digit in the lowest byte.
 unsigned int joinDigits(unsigned long digits) {
     // Eight digits make four numbers of two, two of four, one of eight.
-    digits = (digits * (10 << 8 | 1)) >> 8 & 0x00ff00ff00ff00ff;
+    digits = (digits * 10 + (digits >> 8)) & 0x00ff00ff00ff00ff;
     digits = (digits * (100 << 16 | 1)) >> 16 & 0x0000ffff0000ffff;
     return static_cast<unsigned int>((digits * (10000UL << 32 | 1)) >> 32);
 }
@@ -53,9 +53,9 @@ unsigned int parseDecimal(const char* text) {
     // The highest bit of each byte that is no digit, up to the first such byte at least.
     const unsigned long others = ((digits + 0x7676767676767676) | digits) & 0x8080808080808080;
     if (others != 0) {
-        // The digits go to the end of the word, behind zeros.
-        const int bits = __builtin_ctzl(others) & ~7;
-        return joinDigits(digits << 1 << (63 - bits));
+        // The digits go to the end of the word, behind zeros: by eight bits more than there are
+        // behind the one found.
+        return joinDigits(digits << 8 << (63 - __builtin_ctzl(others)));
     }
     unsigned int result = joinDigits(digits);
     for (text += 8; *text >= '0' && *text <= '9'; ++text)
