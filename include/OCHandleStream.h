@@ -27,8 +27,9 @@ public:
     /// One `read`; false at the end of the data.
     /// @throws OXHandleStream_ReadError with the system's text.
     bool read(void* buffer, unsigned long& count) override;
-    /// One `lseek`; the position may lie beyond the end.
-    /// @throws OXHandleStream_SeekError with the system's text, also for an unknown origin.
+    /// One `lseek`; the position may lie beyond the end. An origin beyond the three of
+    /// `OEStreamSeek` goes to the system as it is, which refuses most of them.
+    /// @throws OXHandleStream_SeekError with the system's text.
     unsigned long seek(long offset, OEStreamSeek origin) override;
     /// Makes the file `size` bytes long: cut by `ftruncate`, or extended by a zero byte written at
     /// its new end. The position stays, also when it then lies beyond the end.

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <initializer_list>
 #include <random>
@@ -75,6 +76,11 @@ const std::string longText(300, 'L');
 TEST(OCStringList, HoldsThreeFields) {
     EXPECT_EQ(56u, sizeof(OCStringList));
     EXPECT_EQ(2u, slots::slotCount<OCStringList>());
+    const OCStringList list(static_cast<OEStringListCase>(7), static_cast<OEStringListMode>(9));
+    int fields[2];
+    std::memcpy(fields, reinterpret_cast<const char*>(&list) + 8, sizeof fields);
+    EXPECT_EQ(7, fields[0]); // the case
+    EXPECT_EQ(9, fields[1]); // the mode
     EXPECT_TRUE(std::is_nothrow_destructible_v<OCStringList>);
     EXPECT_FALSE(std::is_default_constructible_v<OCStringList>);
     EXPECT_FALSE(std::is_default_constructible_v<OCStringListUtilities>);

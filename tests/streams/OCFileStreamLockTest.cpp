@@ -5,6 +5,7 @@
 #include "support/ClockCalls.h"
 #include "support/FileCalls.h"
 #include "support/ScratchDirectory.h"
+#include "support/Slots.h"
 #include "support/Thrown.h"
 
 #include <gtest/gtest.h>
@@ -116,6 +117,7 @@ protected:
 
 TEST_F(OCFileStreamLockTest, HoldsAReferenceAndTwoNumbers) {
     EXPECT_EQ(sizeof(OCFileStreamLock), 32U);
+    EXPECT_EQ(slots::slotCount<OCFileStreamLock>(), 2U);
     EXPECT_FALSE(std::is_copy_constructible_v<OCFileStreamLock>);
     EXPECT_FALSE(std::is_copy_assignable_v<OCFileStreamLock>);
     EXPECT_TRUE(std::is_nothrow_destructible_v<OCFileStreamLock>);

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -41,6 +42,16 @@ OCMemoryStream& hundred(OCMemoryStream& stream) {
 TEST(OCMemoryStream, HoldsABufferAndThreeNumbers) {
     EXPECT_EQ(sizeof(OCMemoryBuffer), 536U);
     EXPECT_EQ(sizeof(OCMemoryStream), 568U);
+    OCMemoryStream stream;
+    stream.setBlockSize(100);
+    stream.setSize(30);
+    stream.setPosition(20);
+    unsigned long fields[3];
+    std::memcpy(fields, reinterpret_cast<const char*>(&stream) + 8 + sizeof(OCMemoryBuffer),
+                sizeof fields);
+    EXPECT_EQ(fields[0], 100U); // the block size
+    EXPECT_EQ(fields[1], 20U);  // the position
+    EXPECT_EQ(fields[2], 30U);  // the size
 }
 
 TEST(OCMemoryStream, OverridesThePrimitivesInTheirSlots) {

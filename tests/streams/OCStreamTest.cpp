@@ -42,6 +42,11 @@ TEST(OCStream, PrimitivesFollowTheDestructorsInTheOrderReadSeekSetSizeWrite) {
     EXPECT_EQ(slots::slotOf(&OCStream::setSize), 4U);
     EXPECT_EQ(slots::slotOf(&OCStream::write), 5U);
     EXPECT_EQ(slots::slotCount<OCStream>(), 6U);
+    EXPECT_EQ(slots::slotOf(&OCNullStream::read), 2U);
+    EXPECT_EQ(slots::slotOf(&OCNullStream::seek), 3U);
+    EXPECT_EQ(slots::slotOf(&OCNullStream::setSize), 4U);
+    EXPECT_EQ(slots::slotOf(&OCNullStream::write), 5U);
+    EXPECT_EQ(slots::slotCount<OCNullStream>(), 6U);
 }
 
 TEST(OCStream, IsAbstractAndNotCopyable) {

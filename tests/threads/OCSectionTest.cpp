@@ -92,6 +92,15 @@ unsigned int writers(const OCReadWriteSection& section) {
     return counter(section, 332);
 }
 
+/// Fields of the section's events, which follow the 72 bytes of table pointer and guard. Created,
+/// state and type lie at 8, 72 and 76 of each.
+unsigned int readersMayEnter(const OCReadWriteSection& section, unsigned long offset) {
+    return counter(section, 72 + offset);
+}
+unsigned int writerMayEnter(const OCReadWriteSection& section, unsigned long offset) {
+    return counter(section, 200 + offset);
+}
+
 /// Whether readers and writers get in and out without having to wait.
 void expectFree(OCReadWriteSection& section) {
     std::string failure;
@@ -210,23 +219,16 @@ TEST(OCReadWriteSection, IsFreeAtFirstAndAfterEachUse) {
 
 TEST(OCReadWriteSection, ItsEventsAreAManualResetOneForReadersAndAnAutoResetOneForWriters) {
     OCReadWriteSection section;
-    const auto eventField = [&](unsigned long offset) {
-        int value;
-        std::memcpy(&value, reinterpret_cast<char*>(&section) + offset, sizeof value);
-        return value;
-    };
-    // The events follow the 72 bytes of table pointer and guard; created, state and type lie at 8,
-    // 72 and 76 of each.
-    EXPECT_EQ(eventField(72 + 8), 1);
-    EXPECT_EQ(eventField(72 + 72), 1);
-    EXPECT_EQ(eventField(72 + 76), 1);
-    EXPECT_EQ(eventField(200 + 8), 1);
-    EXPECT_EQ(eventField(200 + 72), 0);
-    EXPECT_EQ(eventField(200 + 76), 0);
+    EXPECT_EQ(readersMayEnter(section, 8), 1U);
+    EXPECT_EQ(readersMayEnter(section, 72), 1U);
+    EXPECT_EQ(readersMayEnter(section, 76), 1U);
+    EXPECT_EQ(writerMayEnter(section, 8), 1U);
+    EXPECT_EQ(writerMayEnter(section, 72), 0U);
+    EXPECT_EQ(writerMayEnter(section, 76), 0U);
     section.startWriting();
-    EXPECT_EQ(eventField(72 + 72), 0);
+    EXPECT_EQ(readersMayEnter(section, 72), 0U);
     section.stopWriting();
-    EXPECT_EQ(eventField(72 + 72), 1);
+    EXPECT_EQ(readersMayEnter(section, 72), 1U);
 }
 
 TEST(OCReadWriteSection, LetsManyReadersInAtOnce) {
@@ -330,6 +332,49 @@ TEST(OCReadWriteSection, WritersHandOverToWritersBeforeReadersGetIn) {
     readerTwo.awaitInside();
     readerOne.leave();
     readerTwo.leave();
+    expectFree(section);
+}
+
+TEST(OCReadWriteSection, TheReadersEventStaysDownWhileWritersHandOver) {
+    Sleepers sleepers;
+    OCReadWriteSection section;
+    section.startWriting();
+    Visitor next(section, writing);
+    sleepers.await();
+    section.stopWriting();
+    next.awaitInside();
+    EXPECT_EQ(readersMayEnter(section, 72), 0U);
+    next.leave();
+    EXPECT_EQ(readersMayEnter(section, 72), 1U);
+}
+
+TEST(OCReadWriteSection, AReaderWaitsAgainForAWriterThatCameBetweenItsSignalAndItsTurn) {
+    OCReadWriteSection section;
+    section.startWriting();
+    unsigned int waits = 0;
+    {
+        bool awake = false;
+        Replacement waiting(calls::pthread_cond_wait, [&](pthread_cond_t*, pthread_mutex_t* mutex) {
+            pthread_mutex_unlock(mutex);
+            section.stopWriting();
+            pthread_mutex_lock(mutex);
+            awake = ++waits == 1;
+            return 0;
+        });
+        // The next mutex that the reader locks when it is awake is the guard.
+        Replacement locking(calls::pthread_mutex_lock, [&](pthread_mutex_t* mutex) {
+            if (awake) {
+                awake = false;
+                section.startWriting();
+            }
+            return calls::pthread_mutex_lock.original(mutex);
+        });
+        section.startReading();
+    }
+    EXPECT_EQ(waits, 2U);
+    EXPECT_EQ(readers(section), 1U);
+    EXPECT_EQ(writers(section), 0U);
+    section.stopReading();
     expectFree(section);
 }
 
@@ -715,6 +760,14 @@ TEST(OCReadWriteSectionLock, HoldsAReferenceAFlagAndAMode) {
     EXPECT_EQ(slots::slotCount<OCReadWriteSectionLock>(), 4U);
     EXPECT_FALSE(std::is_copy_constructible_v<OCReadWriteSectionLock>);
     EXPECT_TRUE(std::is_nothrow_destructible_v<OCReadWriteSectionLock>);
+    OCReadWriteSection section;
+    const OCReadWriteSectionLock lock(section, static_cast<OEReadWriteSectionMode>(9));
+    bool entered;
+    int mode;
+    std::memcpy(&entered, reinterpret_cast<const char*>(&lock) + 16, sizeof entered);
+    std::memcpy(&mode, reinterpret_cast<const char*>(&lock) + 20, sizeof mode);
+    EXPECT_TRUE(entered);
+    EXPECT_EQ(mode, 9);
 }
 
 TEST(OCReadWriteSectionLock, EntersAndLeavesInItsModeThroughout) {

@@ -10,12 +10,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -75,6 +77,27 @@ TEST(OCThread, HoldsTheIdentifierAndTwoEvents) {
     EXPECT_TRUE(std::is_abstract_v<OCThread>);
     EXPECT_FALSE(std::is_copy_constructible_v<FunctionThread>);
     EXPECT_FALSE(std::is_copy_assignable_v<FunctionThread>);
+    const FunctionThread thread([](FunctionThread&) { return 0U; });
+    pthread_t identifier;
+    std::memcpy(&identifier, reinterpret_cast<const char*>(&thread) + 8, sizeof identifier);
+    EXPECT_TRUE(pthread_equal(identifier, thread.getIdentifier()));
+}
+
+TEST(OCThread, ItsEventsAreManualResetOnesThatAreNotSignalled) {
+    const FunctionThread thread([](FunctionThread&) { return 0U; });
+    // The events follow the table pointer and the identifier; created, state and type lie at 8, 72
+    // and 76 of each.
+    for (const unsigned long event : {16UL, 144UL}) {
+        const auto field = [&](unsigned long offset) {
+            int value;
+            std::memcpy(&value, reinterpret_cast<const char*>(&thread) + event + offset,
+                        sizeof value);
+            return value;
+        };
+        EXPECT_EQ(field(8), 1);
+        EXPECT_EQ(field(72), 0);
+        EXPECT_EQ(field(76), 1);
+    }
 }
 
 TEST(OCThread, IsCreatedWithDefaultAttributesAndItselfAsTheArgument) {
@@ -142,6 +165,23 @@ TEST(OCThread, EndsWithoutExecutingWhenItIsTerminatedBeforeItIsResumed) {
     EXPECT_EQ(joins.exitValue, 0U);
     EXPECT_EQ(thread.executions, 0);
     EXPECT_TRUE(thread.isTerminating(0));
+}
+
+TEST(OCThread, IsAskedToTerminateBeforeItIsResumed) {
+    FunctionThread thread([](FunctionThread&) { return 0U; });
+    std::vector<long> signalled;
+    {
+        Replacement signalling(calls::pthread_cond_broadcast, [&](pthread_cond_t* condition) {
+            signalled.push_back(reinterpret_cast<char*>(condition) -
+                                reinterpret_cast<char*>(&thread));
+            return calls::pthread_cond_broadcast.original(condition);
+        });
+        thread.terminateThread();
+    }
+    thread.waitFor();
+    // The condition is the last field of an event, at 80.
+    EXPECT_EQ(signalled, std::vector<long>({144 + 80, 16 + 80}));
+    EXPECT_EQ(thread.executions, 0);
 }
 
 TEST(OCThread, StaysResumedAndTerminatingOnceItIsAskedTo) {
