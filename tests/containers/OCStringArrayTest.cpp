@@ -47,8 +47,8 @@ TEST(OCStringArray, ANewOneHoldsASingleNullPointer) {
 TEST(OCStringArray, PointsToItsStrings) {
     OCStringArray array;
     array.addString("ls");
-    array.addString("-l");
     EXPECT_FALSE(array.isEmpty());
+    array.addString("-l");
     EXPECT_EQ(2u, array.getCount());
     char** const buffer = array.getBuffer();
     EXPECT_STREQ("ls", buffer[0]);

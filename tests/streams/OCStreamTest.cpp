@@ -145,6 +145,14 @@ TEST(OCStream, ReadBufferThrowsAtTheEndOfTheDataAndKeepsWhatThereWas) {
     EXPECT_EQ(stream.calls, Calls({"read 10 -> 4", "read 6 -> end"}));
 }
 
+TEST(OCStream, ReadBufferThrowsWhenThereAreNoData) {
+    RecordingStream stream;
+    char buffer[10];
+    EXPECT_EQ(thrown<OXStream_ReadError>([&] { stream.readBuffer(buffer, 10); }),
+              "OXStream_ReadError: Read from the stream failed");
+    EXPECT_EQ(stream.calls, Calls({"read 10 -> end"}));
+}
+
 TEST(OCStream, ReadBufferTakesATrueReadOfNothingAsTheEnd) {
     RecordingStream stream("0123");
     stream.reads = {{2, 2, Outcome::Zero}};
@@ -222,6 +230,14 @@ TEST(OCStream, WriteBufferThrowsWhenAWriteIsRefused) {
               "OXStream_WriteError: Writing to the stream failed");
     EXPECT_EQ(stream.data, "012");
     EXPECT_EQ(stream.calls, Calls({"write 10 -> 3", "write 7 -> refused"}));
+}
+
+TEST(OCStream, WriteBufferThrowsWhenTheFirstWriteIsRefused) {
+    RecordingStream stream;
+    stream.writes = {{1, 1, Outcome::Refuse}};
+    EXPECT_EQ(thrown<OXStream_WriteError>([&] { stream.writeBuffer("0123456789", 10); }),
+              "OXStream_WriteError: Writing to the stream failed");
+    EXPECT_EQ(stream.calls, Calls({"write 10 -> refused"}));
 }
 
 TEST(OCStream, WriteBufferForgivesSingleWritesOfNothing) {
