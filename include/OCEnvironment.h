@@ -76,7 +76,7 @@ private:
 };
 
 /// A set of environment variables in the form that `execve` expects: a null-terminated array of
-/// `NAME=VALUE` strings, built once.
+/// `NAME=VALUE` strings, built at once.
 ///
 /// Note: variables with an empty value are left out.
 class ORVABASE_EXPORT OCEnvironmentBufferArray : public OCObject {
@@ -93,8 +93,8 @@ public:
     char** getBuffer() { return strings.getBuffer(); }
     char* const* getBuffer() const { return strings.getBuffer(); }
 
-protected:
-    /// The steps of the construction: take the variables of `list`.
+    /// The steps of the construction: add the variables of `list` to those that are there.
+    /// @throws OXMemory_AllocationError (a part of the variables may have been added then).
     void initialize(const OCNamedList& list);
     void initializeStrings(const OCNamedList& list);
 
@@ -102,8 +102,8 @@ private:
     OCStringArray strings;
 };
 
-/// A set of environment variables in one run of bytes, built once: `NAME=VALUE` and a zero byte for
-/// each, and another zero byte at the end. Without variables it is one zero byte.
+/// A set of environment variables in one run of bytes, built at once: `NAME=VALUE` and a zero byte
+/// for each, and another zero byte at the end. Without variables it is one zero byte.
 ///
 /// Note: variables with an empty value are left out.
 ///
@@ -124,8 +124,8 @@ public:
     char* getBuffer() { return entries.getString(); }
     const char* getBuffer() const { return entries.getString(); }
 
-protected:
-    /// The steps of the construction: take the variables of `list`.
+    /// The steps of the construction: add the variables of `list` to those that are there.
+    /// @throws OXMemory_AllocationError; nothing is changed then.
     void initialize(const OCNamedList& list);
     void initializeStrings(const OCNamedList& list);
 

@@ -133,14 +133,15 @@ void OCEnvironmentBufferSerial::initialize(const OCNamedList& list) {
 }
 
 void OCEnvironmentBufferSerial::initializeStrings(const OCNamedList& list) {
-    unsigned long length = 0;
+    const unsigned long before = entries.getLength();
+    unsigned long length = before;
     for (unsigned long i = 0; i < list.getCount(); ++i) {
         const unsigned long entry = entryLength(list.getElement(i));
         if (entry != 0)
             length += entry + 1;
     }
     entries.setLength(length);
-    char* to = entries.getString();
+    char* to = entries.getString() + before;
     for (unsigned long i = 0; i < list.getCount(); ++i) {
         const OCNamedElement& variable = list.getElement(i);
         const unsigned long entry = entryLength(variable);

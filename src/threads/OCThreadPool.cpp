@@ -422,7 +422,12 @@ unsigned int OCThreadPoolStatistics::countIdleWorkers() const {
         OCEvent& event = worker.getIdleEvent();
         if (!event.waitFor(0))
             continue;
-        event.signalEvent();
+        try {
+            event.signalEvent();
+        } catch (const OXException&) {
+            insist([&event] { event.signalEvent(); });
+            throw;
+        }
         // A worker that ends takes its signal back, perhaps just before it was given back here.
         if (worker.isTerminating(0))
             event.resetEvent();

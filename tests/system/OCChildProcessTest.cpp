@@ -460,6 +460,15 @@ TEST(OCChildProcess, ReportsARefusedProcess) {
     EXPECT_EQ(0, process.execute());
 }
 
+TEST(OCChildProcess, MakingAProcessTellsBothAndRecordsNothing) {
+    OCChildProcess process;
+    const int identifier = process.processFork();
+    if (identifier == 0)
+        _exit(process.getHandles().getProcessIdentifier() == 0 ? 7 : 8);
+    EXPECT_EQ(7 << 8, reap(identifier));
+    EXPECT_EQ(0, process.getHandles().getProcessIdentifier());
+}
+
 // The steps in the child
 
 TEST(OCChildProcess, PreparesTheDirectory) {
@@ -990,6 +999,17 @@ TEST(OCChildProcess, IsKilledWhenTheWaitFailed) {
         Failing failing(calls::waitpid, ECHILD);
         EXPECT_EQ(waitFailed, thrown<OXChildProcess_WaitFailed>([&] { process.execute(); }));
     }
+    EXPECT_EQ(SIGKILL, reap(process.getHandles().getProcessIdentifier()));
+}
+
+TEST(OCChildProcess, IsKilledForAnyExceptionOfItsFamily) {
+    struct Interrupted : Script {
+        using Script::Script;
+        bool stopWaiting() override { throw OXChildProcess_ExecuteError(EINTR); }
+    } process("exec sleep 100");
+    EXPECT_EQ("OXChildProcess_ExecuteError: Executing the child process failed (Interrupted system "
+              "call)",
+              thrown<OXChildProcess_ExecuteError>([&] { process.execute(); }));
     EXPECT_EQ(SIGKILL, reap(process.getHandles().getProcessIdentifier()));
 }
 

@@ -395,6 +395,32 @@ TEST(OCEnvironmentBufferSerial, LeavesOutEmptyValues) {
     EXPECT_EQ(std::string("A=1\0Z=2\0\0", 9), bytesOf(OCEnvironmentBufferSerial(block), 8));
 }
 
+TEST(OCEnvironmentBuffers, TheStepsOfTheirConstructionAddToWhatIsThere) {
+    OCNamedList list(NamedListCaseSensitive, NamedListModeUnsorted);
+    list.addElement("B", "2");
+    list.addElement("EMPTY", "");
+    OCNamedList other(NamedListCaseSensitive, NamedListModeUnsorted);
+    other.addElement("A", std::string(200, 'x').c_str());
+    OCEnvironmentBufferArray array(list);
+    array.initializeStrings(other);
+    array.initialize(list);
+    const std::string longEntry = "A=" + std::string(200, 'x');
+    EXPECT_EQ((Texts{"B=2", longEntry, "B=2"}), strings(array.getBuffer()));
+    OCEnvironmentBufferSerial serial(list);
+    serial.initializeStrings(other);
+    serial.initialize(list);
+    EXPECT_EQ(std::string("B=2\0", 4) + longEntry + std::string("\0B=2\0\0", 6),
+              bytesOf(serial, 211));
+    // Without variables nothing is added.
+    serial.initialize(OCNamedList(NamedListCaseSensitive, NamedListModeUnsorted));
+    EXPECT_EQ(std::string("B=2\0\0", 5), bytesOf(serial, 211).substr(207));
+    other.setValue("A", std::string(1000, 'y').c_str());
+    EXPECT_EQ(1u,
+              fault::failEachRequest(
+                  [&] { serial.initialize(other); },
+                  [&] { EXPECT_EQ(std::string("B=2\0\0", 5), bytesOf(serial, 211).substr(207)); }));
+}
+
 TEST(OCEnvironmentBuffers, DoWhatAModelDoesWithRandomVariables) {
     constexpr unsigned int seed = 20261122;
     SCOPED_TRACE(seed);

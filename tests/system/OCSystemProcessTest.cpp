@@ -482,6 +482,17 @@ TEST(OCSystemProcessProperties, AFirstArgumentOfUpTo4095CharactersIsKept) {
               }));
 }
 
+TEST(OCSystemProcessProperties, ADirectoryOfUpTo4095CharactersIsKept) {
+    EXPECT_EQ("yes", inChild([] {
+                  const std::string longest = "/" + std::string(4094, 'd');
+                  Replacement telling(calls::getcwd, [&](char* buffer, size_t) {
+                      return std::strcpy(buffer, longest.c_str());
+                  });
+                  OCSystemProcessProperties::initializeStartedFrom();
+                  return startedFrom() == longest ? "yes" : "no";
+              }));
+}
+
 TEST(OCSystemProcessProperties, AnEmptyFirstArgumentIsNone) {
     EXPECT_EQ("no, untouched", inChild([] {
                   startAs("first");

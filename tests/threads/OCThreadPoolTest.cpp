@@ -101,6 +101,34 @@ private:
     Replacement<int(pthread_t, void**)> joining;
 };
 
+/// Watches the first mutex that this thread locks, and what else it locks meanwhile and outside.
+class FirstMutex {
+public:
+    FirstMutex()
+        : locking(calls::pthread_mutex_lock,
+                  [this](pthread_mutex_t* mutex) {
+                      if (first == nullptr)
+                          first = mutex;
+                      if (mutex == first)
+                          ++held;
+                      else
+                          ++(held == 0 ? outside : others);
+                      return calls::pthread_mutex_lock.original(mutex);
+                  }),
+          unlocking(calls::pthread_mutex_unlock, [this](pthread_mutex_t* mutex) {
+              held -= mutex == first ? 1 : 0;
+              return calls::pthread_mutex_unlock.original(mutex);
+          }) {}
+    int held = 0;
+    int others = 0;
+    int outside = 0;
+
+private:
+    pthread_mutex_t* first = nullptr;
+    Replacement<int(pthread_mutex_t*)> locking;
+    Replacement<int(pthread_mutex_t*)> unlocking;
+};
+
 /// Raised each time that a worker goes to sleep. The worker holds the event's mutex then until it
 /// sleeps, so whoever signals the event after `await` finds it asleep.
 class Sleepers {
@@ -575,6 +603,34 @@ TEST(OCThreadPoolWorker, AJobWhoseAcceptanceCannotBeSignalledIsRunAndEndsIt) {
             },
             Threads::Every);
         worker.setJob(task.quick());
+        worker.waitFor();
+    }
+    EXPECT_EQ(task.runs, 1);
+    EXPECT_EQ(joins.exitValues, std::vector<std::uintptr_t>({1}));
+    EXPECT_FALSE(worker.getIdleEvent().waitFor(0));
+    EXPECT_EQ(thrown<OXThreadPool_JobRefused>([&] { worker.setJob(task.quick()); }), refused);
+}
+
+TEST(OCThreadPoolWorker, AJobAfterWhichIdlenessCannotBeSignalledEndsIt) {
+    Task task;
+    Sleepers sleepers;
+    OCThreadPoolWorker worker;
+    sleepers.asleep.await();
+    const pthread_t owner = pthread_self();
+    std::atomic<int> broadcasts{0};
+    Joins joins;
+    {
+        Replacement signalling(
+            calls::pthread_cond_broadcast,
+            [&](pthread_cond_t* condition) {
+                // The first one tells that the job is accepted.
+                if (!pthread_equal(pthread_self(), owner) && ++broadcasts == 2)
+                    return EINVAL;
+                return calls::pthread_cond_broadcast.original(condition);
+            },
+            Threads::Every);
+        worker.setJob(task.quick());
+        worker.terminateThread(); // so that it ends in any case
         worker.waitFor();
     }
     EXPECT_EQ(task.runs, 1);
@@ -1098,6 +1154,47 @@ TEST(OCThreadPool, GoesOnWithoutAWorkerThatEndsInsteadOfTakingTheJob) {
     EXPECT_EQ(task.thread, pool.getWorkers().getWorker(1).getIdentifier());
 }
 
+TEST(OCThreadPool, ASubmissionIsInsideTheSynchronizerForItsWholeRun) {
+    for (const unsigned int initial : {0U, 1U}) {
+        Task task;
+        OCThreadPool pool(sizes(initial, 1));
+        int others;
+        int outside;
+        {
+            FirstMutex synchronizer;
+            pool.execute(task.quick());
+            EXPECT_EQ(synchronizer.held, 0);
+            others = synchronizer.others;
+            outside = synchronizer.outside;
+        }
+        EXPECT_GE(others,
+                  4); // to look for an earlier job, to hand over, to wait for the acceptance
+        EXPECT_EQ(outside, 0);
+        awaitIdle(pool);
+        EXPECT_EQ(task.runs, 1);
+    }
+}
+
+TEST(OCThreadPool, LookingForAnIdleWorkerTakesNoTime) {
+    Task task;
+    OCThreadPool pool(sizes(3, 3));
+    for (int i = 0; i < 3; ++i)
+        pool.execute(task.lasting());
+    std::string failure;
+    unsigned long waits;
+    {
+        Counting waiting(calls::pthread_cond_timedwait);
+        failure = thrown<OXThreadPool_JobRefused>([&] { pool.execute(task.quick()); });
+        EXPECT_EQ(OCThreadPoolStatistics(pool).countBusyWorkers(), 3U);
+        EXPECT_EQ(OCThreadPoolStatistics(pool).countIdleWorkers(), 0U);
+        waits = waiting.calls();
+    }
+    EXPECT_EQ(failure, refused);
+    EXPECT_EQ(waits, 0U);
+    for (int i = 0; i < 3; ++i)
+        task.mayEnd.raise();
+}
+
 TEST(OCThreadPool, ASubmissionToAnIdleWorkerTakesNoMemory) {
     Task task;
     OCThreadPool pool((OCThreadPoolParameters()));
@@ -1296,6 +1393,25 @@ TEST(OCThreadPool, ShutdownJoinsTheWorkersInTheirOrderAndRefusesFromThenOn) {
     EXPECT_FALSE(pool.getWorkers().findWorker(worker));
     EXPECT_EQ(OCThreadPoolStatistics(pool).countBusyWorkers(), 3U);
     EXPECT_EQ(OCThreadPoolStatistics(pool).countIdleWorkers(), 0U);
+}
+
+TEST(OCThreadPool, ShutdownIsInsideTheSynchronizerOnlyWhileItAsksAWorkerToTerminate) {
+    OCThreadPool pool(sizes(2, 2));
+    std::string steps;
+    {
+        FirstMutex synchronizer;
+        Replacement signalling(calls::pthread_cond_broadcast, [&](pthread_cond_t* condition) {
+            steps += synchronizer.held > 0 ? "inside " : "outside ";
+            return calls::pthread_cond_broadcast.original(condition);
+        });
+        Replacement joining(calls::pthread_join, [&](pthread_t thread, void** result) {
+            steps += synchronizer.held > 0 ? "joins inside, " : "joins, ";
+            return calls::pthread_join.original(thread, result);
+        });
+        pool.shutdown();
+    }
+    // Each worker's terminate and resume events, and its job event.
+    EXPECT_EQ(steps, "inside inside outside joins, inside inside outside joins, ");
 }
 
 TEST(OCThreadPool, DestructionAfterShutdownJoinsNothing) {
@@ -1574,6 +1690,49 @@ TEST(OCThreadPoolStatistics, CountsInsideTheSynchronizer) {
         FailingThreadCall failing(calls::pthread_mutex_lock, EINVAL);
         EXPECT_THROW((statistics.*count)(), OXMutex_AcquireError);
     }
+}
+
+TEST(OCThreadPoolStatistics, CountsTheBusyWorkersOfOneMoment) {
+    OCThreadPool pool(sizes(1, 2));
+    const OCThreadPoolStatistics statistics(pool);
+    unsigned int busy;
+    {
+        int locks = 0;
+        Replacement locking(calls::pthread_mutex_lock, [&](pthread_mutex_t* mutex) {
+            OCThreadPoolWorker* worker = nullptr;
+            // Just before the synchronizer is entered.
+            if (++locks == 1 && pool.getWorkers().createWorker(worker))
+                worker->getIdleEvent().signalEvent();
+            return calls::pthread_mutex_lock.original(mutex);
+        });
+        busy = statistics.countBusyWorkers();
+    }
+    EXPECT_EQ(pool.getWorkers().getCount(), 2U);
+    EXPECT_EQ(busy, 0U);
+}
+
+TEST(OCThreadPoolStatistics, LosesNoIdleWorkerWhateverCallFailsOnce) {
+    OCThreadPool pool(sizes(2, 2));
+    const OCThreadPoolStatistics statistics(pool);
+    const auto counts = [&](auto& call, unsigned long number, const std::string& expected) {
+        std::string failure;
+        bool reached;
+        {
+            FailingThreadCall failing(call, EINVAL, number, 1);
+            failure = thrown<OXException>([&] { statistics.countIdleWorkers(); });
+            reached = failing.calls() >= number;
+        }
+        EXPECT_EQ(failure.substr(0, failure.find(':')), reached ? expected : "nothing") << number;
+        EXPECT_EQ(statistics.countIdleWorkers(), 2U) << number;
+        return reached;
+    };
+    unsigned long number = 1;
+    while (counts(calls::pthread_mutex_lock, number, "OXMutex_AcquireError"))
+        ++number;
+    EXPECT_GE(number, 6U); // the synchronizer, and each worker's signal twice
+    for (number = 1; counts(calls::pthread_cond_broadcast, number, "OXEvent_SignalError");)
+        ++number;
+    EXPECT_EQ(number, 3U);
 }
 
 TEST(OCThreadPoolStatistics, AWorkerThatEndsWhileItIsCountedIsNotIdleAfterwards) {
