@@ -69,10 +69,16 @@ public:
     void destroyThread();
     void destroy() { destroyThread(); }
 
-protected:
-    /// The steps of the construction: create the thread, which waits to be resumed.
+    /// The step of construction: creates the thread, which waits to be resumed. A thread that there
+    /// is already is ended first, as by `destroyThread`.
+    ///
+    /// Note: requests stay. A new thread of an object that was resumed before runs at once, and one
+    /// of an object that was asked to stop ends at once without `execute`.
+    /// @throws OXThread_CreateError, and what `destroyThread` throws.
     void initialize();
     void initializeThread();
+
+protected:
     /// Waits for the thread, as `waitFor` does, if it has ended already. False when it has not, or
     /// has been waited for before.
     bool joinEnded() noexcept;

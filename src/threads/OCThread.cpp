@@ -43,6 +43,7 @@ void OCThread::initialize() {
 }
 
 void OCThread::initializeThread() {
+    destroyThread();
     pthread_t thread;
     if (pthread_create(&thread, nullptr, runThread, this) != 0)
         throw OXThread_CreateError();

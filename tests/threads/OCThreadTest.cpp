@@ -322,6 +322,44 @@ TEST(OCThread, CanBeWaitedForOnce) {
     EXPECT_EQ(thread.getIdentifier(), 0U);
 }
 
+TEST(OCThread, CanBeCreatedAgainAndIsStillResumed) {
+    FunctionThread thread([](FunctionThread&) { return 0U; });
+    thread.resumeThread();
+    thread.waitFor();
+    EXPECT_EQ(thread.executions, 1);
+    thread.initialize();
+    EXPECT_NE(thread.getIdentifier(), 0U);
+    thread.waitFor();
+    EXPECT_EQ(thread.executions, 2);
+    thread.terminateThread();
+    thread.initializeThread();
+    thread.waitFor();
+    EXPECT_EQ(thread.executions, 2);
+    EXPECT_EQ(thread.getIdentifier(), 0U);
+}
+
+TEST(OCThread, IsEndedBeforeItIsCreatedAgain) {
+    Gate running;
+    FunctionThread thread([&](FunctionThread& self) {
+        running.raise();
+        self.isTerminating(~0U);
+        return 0U;
+    });
+    thread.resumeThread();
+    running.await();
+    int joined = 0;
+    {
+        Replacement joining(calls::pthread_join, [&](pthread_t identifier, void** result) {
+            joined += pthread_equal(identifier, thread.getIdentifier()) != 0;
+            return calls::pthread_join.original(identifier, result);
+        });
+        thread.initialize();
+    }
+    EXPECT_EQ(joined, 1);
+    thread.waitFor();
+    EXPECT_EQ(thread.executions, 1);
+}
+
 TEST(OCThread, AFailingJoinThrowsAndKeepsTheIdentifier) {
     FunctionThread thread([](FunctionThread&) { return 0U; });
     thread.resumeThread();
