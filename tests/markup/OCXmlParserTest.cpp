@@ -265,6 +265,19 @@ TEST(OCXmlEvents, IgnoresEverythingElse) {
     OCXmlParser parser;
     parser.setEvents(receiver);
     parser.parse(stream);
+
+    // None of them runs another one.
+    Log log;
+    LoggingEvents overriding(log);
+    overriding.OCXmlEvents::attribute(L"a", L"b");
+    overriding.OCXmlEvents::characterData(L"a");
+    overriding.OCXmlEvents::documentEnd();
+    overriding.OCXmlEvents::documentStart();
+    overriding.OCXmlEvents::elementEnd();
+    overriding.OCXmlEvents::elementStart(L"a");
+    overriding.OCXmlEvents::processingInstruction(L"a", L"b");
+    overriding.OCXmlEvents::warning(XmlParserWarningNone);
+    EXPECT_EQ(Log(), log);
 }
 
 // Events object
@@ -566,6 +579,25 @@ TEST(OCXmlParser, TakesAttributeValuesAsTheyStand) {
               inner("<a x='\"<>&amp;\n\t ' y=\"'\" z='' z=\"\"/>"));
 }
 
+TEST(OCXmlParser, OnlyTheTwoQuotesOpenAnAttributeValue) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        const std::string quoted = c + std::string("v") + c;
+        const std::string document = "<a x=" + quoted + "/>";
+        Input input(quoted);
+        OCWideString value;
+        if (c == '\'' || c == '"') {
+            EXPECT_EQ((Log{"elementStart a", "attribute x=v", "elementEnd"}), inner(document));
+            EXPECT_TRUE(input.parser.possibleAttributeValue(input.reader, value));
+            EXPECT_EQ("", input.rest());
+        } else {
+            expectRejected(document, "AttributeMalformed");
+            EXPECT_FALSE(input.parser.possibleAttributeValue(input.reader, value)) << byte;
+            EXPECT_TRUE(input.reader.peekCharacter(static_cast<signed char>(c))) << byte;
+        }
+    }
+}
+
 TEST(OCXmlParser, RequiresTheEqualsSignBetweenNameAndValue) {
     for (const char* document : {"<a x = '1'/>", "<a x ='1'/>", "<a x= '1'/>", "<a x>", "<a x/>",
                                  "<a x", "<a x=", "<a x=1/>", "<a x=>", "<a x'1'/>", "<a x==''/>"})
@@ -597,6 +629,28 @@ TEST(OCXmlParser, ReportsTextAsItStands) {
               inner("<a> \n\r\n <b/>]]> > </a>"));
     EXPECT_EQ((Log{"elementStart a", "text \\-61;\\-87;\\0;\\127;", "elementEnd"}),
               inner(std::string("<a>\xC3\xA9\0\x7F</a>", 11)));
+}
+
+TEST(OCXmlParser, TakesAnythingButAnOpeningBracketForText) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        if (c == '<')
+            continue;
+        // Close to the end of the input, and far from it.
+        for (const std::string& more : {std::string(), std::string(200, 't')}) {
+            const std::string piece = c + more;
+            const OCAnsiString narrow(piece.data(), piece.size());
+            EXPECT_EQ((Log{"elementStart a", "text " + xmlmodel::printable(OCWideString(narrow)),
+                           "elementEnd"}),
+                      inner("<a>" + piece + "</a>"));
+            Input input(piece + "<b/>");
+            EXPECT_TRUE(input.parser.possibleCharacterData(input.reader)) << byte;
+            EXPECT_EQ("<b/>", input.rest());
+        }
+    }
+    Input bracket("<");
+    EXPECT_FALSE(bracket.parser.possibleCharacterData(bracket.reader));
+    EXPECT_EQ("<", bracket.rest());
 }
 
 TEST(OCXmlParser, RequiresTheEndOfAnElement) {
@@ -878,9 +932,7 @@ TEST(OCXmlParser, ParsesTheStartOfAnElement) {
         EXPECT_EQ(expected, input.parser.possibleElementStart(input.reader, found, isEmpty))
             << content;
         EXPECT_EQ(name, text(found)) << content;
-        if (expected) {
-            EXPECT_EQ(empty, isEmpty) << content;
-        }
+        EXPECT_EQ(expected ? empty : !empty, isEmpty) << content;
         EXPECT_EQ(rest, input.rest()) << content;
         EXPECT_EQ(log, input.log) << content;
     };
@@ -1037,6 +1089,38 @@ TEST(OCXmlParser, TakesNoMoreThanItAskedFor) {
     parser.setEvents(receiver);
     parser.parse(stream);
     EXPECT_EQ((Log{"documentStart", "error 12", "documentEnd"}), log);
+}
+
+/// Delivers all that is asked for, and says that it was more.
+class Boastful : public LoggingStream {
+public:
+    using LoggingStream::LoggingStream;
+    bool read(void* buffer, unsigned long& count) override {
+        const bool any = LoggingStream::read(buffer, count);
+        count *= 2;
+        return any;
+    }
+};
+
+TEST(OCXmlParser, KeepsWhatItAskedForOfAReadThatClaimsMore) {
+    const std::string filling(128 - 7, 't');
+    const std::string document = "<a>" + filling + "</a>";
+    const Log expected{"documentStart", "elementStart a", "text " + filling, "elementEnd",
+                       "documentEnd"};
+    for (const bool shared : {false, true}) {
+        Boastful stream(document);
+        Log log;
+        LoggingEvents receiver(log);
+        OCXmlParser parser;
+        parser.setEvents(receiver);
+        if (shared) {
+            OCXmlParserSource source(stream, XmlEncodingAnsi);
+            OCXmlParserReader reader(source);
+            parser.parse(reader);
+        } else
+            parser.parse(stream);
+        EXPECT_EQ(expected, log) << shared;
+    }
 }
 
 // Memory
