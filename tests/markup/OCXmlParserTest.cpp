@@ -939,7 +939,8 @@ TEST(OCXmlParser, ParsesTheStartOfAnElement) {
     start("<a x='1'>t", true, L"a", false, "t", {"elementStart a", "attribute x=1"});
     start("<a/>t", true, L"a", true, "t", {"elementStart a"});
     start("a>t", false, L"before", false, "a>t", {});
-    start("<a?>t", false, L"a", false, "?>t", {"elementStart a", "error 12"});
+    for (const bool before : {false, true})
+        start("<a?>t", false, L"a", before, "?>t", {"elementStart a", "error 12"});
     start("</a>", false, L"", false, "/a>", {"error 15", "elementStart ", "error 12"});
 }
 
