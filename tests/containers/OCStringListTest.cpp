@@ -292,6 +292,17 @@ TEST(OCStringList, SetCountDeletesWhatItDropsAndAddsNullSlots) {
     EXPECT_EQ(blocks - 3, fault::heapRecord().liveBlocks);
 }
 
+TEST(OCStringList, ClearingKeepsTheCaseAndTheMode) {
+    List list = sortedInsensitive({"a", "B"});
+    list.clear();
+    EXPECT_EQ(0u, list.getCount());
+    EXPECT_EQ(StringListCaseInsensitive, list.getCase());
+    EXPECT_EQ(StringListModeSorted, list.getMode());
+    list += "d";
+    list += "C";
+    EXPECT_EQ(Texts({"C", "d"}), texts(list));
+}
+
 TEST(OCStringList, DestructionDeletesTheStrings) {
     EXPECT_EQ(0, fault::blocksLeftBy([] {
                   List list = unsorted({"a", longText.c_str(), "c"});
