@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <new>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -40,6 +41,23 @@ TEST(OCMutex, HoldsAFlagAndTheSystemsMutex) {
     int created;
     std::memcpy(&created, reinterpret_cast<char*>(&mutex) + 8, sizeof created);
     EXPECT_EQ(created, 1);
+}
+
+TEST(OCMutex, IsZeroBeforeItIsCreated) {
+    alignas(OCMutex) unsigned char memory[sizeof(OCMutex)];
+    std::memset(memory, 0xFF, sizeof memory);
+    bool zero = false;
+    {
+        Replacement creating(calls::pthread_mutex_init,
+                             [&](pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
+                                 const unsigned char zeros[sizeof(pthread_mutex_t)] = {};
+                                 zero = std::memcmp(mutex, zeros, sizeof zeros) == 0;
+                                 return calls::pthread_mutex_init.original(mutex, attributes);
+                             });
+        const OCMutex* const mutex = new (memory) OCMutex;
+        mutex->~OCMutex();
+    }
+    EXPECT_TRUE(zero);
 }
 
 TEST(OCMutex, IsCreatedRecursive) {
