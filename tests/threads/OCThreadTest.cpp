@@ -1,5 +1,6 @@
 #include "OCThread.h"
 
+#include "support/ClockCalls.h"
 #include "support/Gate.h"
 #include "support/ScratchDirectory.h"
 #include "support/Slots.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -231,15 +233,19 @@ TEST(OCThread, IsAskedNotForcedToTerminate) {
 TEST(OCThread, IsTerminatingIsConstAndWaitsForItsTime) {
     FunctionThread thread([](FunctionThread&) { return 0U; });
     const OCThread& constant = thread;
-    unsigned long waits;
+    std::vector<long> deadlines;
     bool result;
     {
-        FailingThreadCall waiting(calls::pthread_cond_timedwait, ETIMEDOUT);
+        TestClock clock(1000, 250000);
+        Replacement waiting(calls::pthread_cond_timedwait, [&](pthread_cond_t*, pthread_mutex_t*,
+                                                               const struct timespec* until) {
+            deadlines.push_back(until->tv_sec * 1000 + until->tv_nsec / 1000000);
+            return ETIMEDOUT;
+        });
         result = constant.isTerminating(600000);
-        waits = waiting.calls();
     }
     EXPECT_FALSE(result);
-    EXPECT_EQ(waits, 1U);
+    EXPECT_EQ(deadlines, std::vector<long>({1600250}));
 }
 
 TEST(OCThread, DestructionTerminatesAndJoinsARunningThread) {
