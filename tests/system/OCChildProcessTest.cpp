@@ -533,6 +533,25 @@ TEST(OCChildProcess, StopsAtTheFirstStreamThatIsRefused) {
               }));
 }
 
+TEST(OCChildProcess, TriesToDuplicateEachStreamOnce) {
+    OCChildProcess process;
+    for (const int code : {EBADF, EBUSY, EINTR}) {
+        unsigned long tries = 0;
+        Replacement duplicating(calls::dup2, [&](int, int to) {
+            errno = code;
+            return ++tries % 2 == 1 ? -1 : to;
+        });
+        EXPECT_FALSE(process.getStandardError().duplicateHandle());
+        EXPECT_EQ(1u, tries);
+        EXPECT_TRUE(process.getStandardError().duplicateHandle());
+        EXPECT_FALSE(process.getStandardInput().duplicateHandle());
+        EXPECT_EQ(3u, tries);
+        EXPECT_TRUE(process.getStandardInput().duplicateHandle());
+        EXPECT_FALSE(process.getStandardOutput().duplicateHandle());
+        EXPECT_EQ(5u, tries);
+    }
+}
+
 TEST(OCChildProcess, MovesItsFilesAwayFromTheStandardDescriptors) {
     EXPECT_EQ("0 [in] [err]", inChild([] {
                   close(0);
@@ -940,6 +959,18 @@ TEST_F(OCChildProcessWait, FailsOnAnyOtherAnswer) {
         EXPECT_EQ(-1, status);
         EXPECT_EQ(3u, answer.count);
     }
+}
+
+TEST_F(OCChildProcessWait, FailsOnAnInterruptedLook) {
+    unsigned long looks = 0;
+    Replacement waiting(calls::waitpid, [&](pid_t identifier, int*, int) {
+        errno = EINTR;
+        return ++looks == 1 ? -1 : identifier;
+    });
+    EXPECT_EQ(waitFailed,
+              thrown<OXChildProcess_WaitFailed>([&] { process.processRequest(status); }));
+    EXPECT_EQ(1u, looks);
+    EXPECT_EQ(-1, status);
 }
 
 TEST_F(OCChildProcessWait, MeetsNoOtherProcessWhenNoneWasStarted) {

@@ -228,6 +228,9 @@ TEST_F(OCDynamicLibraryTest, TheLoadersTextIsReadOnceAndOnlyAfterAFailure) {
     EXPECT_EXCEPTION(library.load("some.so"), OXDynamicLibrary_LoadError,
                      "Error loading dynamic library (some.so, a reason without its name)");
     EXPECT_FALSE(library.isLoaded());
+    reason[0] = '\0'; // a text all the same
+    EXPECT_EXCEPTION(library.load("some.so"), OXDynamicLibrary_LoadError,
+                     "Error loading dynamic library (some.so, )");
 }
 
 TEST_F(OCDynamicLibraryTest, WithoutALoadersTextThereIsOnlyThePath) {

@@ -997,6 +997,34 @@ TEST(OCFileManagerTest, DirectoriesThatVanishMeanwhileAreNoLongerEntered) {
     EXPECT_FALSE(exists(top));
 }
 
+TEST(OCFileManagerTest, WhatVanishesDuringItsEventIsAnError) {
+    for (const char* const entry : {"file", "a/file", "a", "a/b"}) {
+        SCOPED_TRACE(entry);
+        ScratchDirectory directory;
+        const std::string top = directory.file("top"), name = top + "/" + entry;
+        std::filesystem::create_directories(top + "/a/b");
+        directory.write("top/file", "");
+        directory.write("top/a/file", "");
+        const bool isFile = std::filesystem::is_regular_file(name);
+        Recorder recorder;
+        recorder.also = [&](const std::string& path) {
+            if (path == name)
+                std::filesystem::remove_all(path);
+        };
+        const auto deleting = [&] { OCFileManager(recorder).deleteDirectory(pathOf(top), true); };
+        if (isFile)
+            EXPECT_EQ(thrown<OXFileManager_DeleteFileError>(deleting),
+                      "OXFileManager_DeleteFileError: Deleting the file failed (No such file or "
+                      "directory)");
+        else
+            EXPECT_EQ(thrown<OXFileFinder_OpenDirectory>(deleting),
+                      "OXFileFinder_OpenDirectory: Error opening directory for reading (" + name +
+                          ")");
+        EXPECT_EQ(recorder.log.back(), (isFile ? "delete file " : "delete directory ") + name);
+        EXPECT_TRUE(exists(top));
+    }
+}
+
 TEST(OCFileManagerTest, NamesMayHoldAnyCharacter) {
     ScratchDirectory directory;
     const std::string top = directory.file("top");

@@ -274,6 +274,31 @@ TYPED_TEST(OCSystemAccountTest, AFailingLookUpIsReportedWithTheTextForErrno) {
     }
 }
 
+TYPED_TEST(OCSystemAccountTest, EveryFailureIsReportedAtOnce) {
+    typename TypeParam::Account account(0);
+    for (const int code : {EINTR, ENOENT, ESRCH, EBADF, EPERM, EAGAIN, ENOMEM, ERANGE}) {
+        const std::string expected =
+            std::string(TypeParam::findMessage) + " (" + strerror(code) + ")";
+        unsigned long asked = 0;
+        const auto fail = [&] {
+            if (++asked > 2)
+                return 0; // found nothing
+            errno = code;
+            return code;
+        };
+        Replacement byName(TypeParam::byName(),
+                           [&](const char*, auto*, char*, std::size_t, auto**) { return fail(); });
+        EXPECT_EQ(expected,
+                  failure<typename TypeParam::FindError>([&] { account.findByName("some name"); }));
+        Replacement byIdentifier(
+            TypeParam::byIdentifier(),
+            [&](unsigned int, auto*, char*, std::size_t, auto**) { return fail(); });
+        EXPECT_EQ(expected,
+                  failure<typename TypeParam::FindError>([&] { account.findByIdentifier(0); }));
+        EXPECT_EQ(2u, asked);
+    }
+}
+
 TYPED_TEST(OCSystemAccountTest, AFoundAccountNeedsAResultOfZero) {
     typename TypeParam::Account account(0);
     Replacement asking(TypeParam::byName(),

@@ -1,5 +1,6 @@
 #include "OCTemporaryDirectory.h"
 
+#include "OCFileFinder.h"
 #include "OCFileManager.h"
 #include "support/DirectoryCalls.h"
 #include "support/FaultInjection.h"
@@ -109,6 +110,15 @@ TEST(OCTemporaryDirectoryTest, ADeletionThatThrowsKeepsThePath) {
     directory.destroy();
     EXPECT_EQ(directory.getPath().getLength(), 0U);
     EXPECT_FALSE(path.existsDirectory(false));
+}
+
+TEST(OCTemporaryDirectoryTest, ADirectoryThatIsGoneAlreadyIsAFailureToDeleteIt) {
+    OCTemporaryDirectory directory;
+    const std::string path = directory.getPath().getString();
+    ASSERT_EQ(rmdir(path.c_str()), 0);
+    EXPECT_EQ(thrown<OXFileFinder_OpenDirectory>([&] { directory.destroy(); }),
+              "OXFileFinder_OpenDirectory: Error opening directory for reading (" + path + ")");
+    EXPECT_EQ(directory.getPath().getString(), path);
 }
 
 TEST(OCTemporaryDirectoryTest, TheDestructorDiscardsAFailure) {

@@ -161,6 +161,20 @@ TEST(OCTemporaryFileTest, AFailingUnlinkThrowsWithTheSystemsTextAndClosesTheFile
     EXPECT_EQ(unlink(name.c_str()), 0);
 }
 
+TEST(OCTemporaryFileTest, ANameThatIsGoneAlreadyIsAFailureToo) {
+    const long descriptors = openDescriptors();
+    {
+        Replacement unlinking(calls::unlink, [](const char* path) {
+            calls::unlink.original(path);
+            return calls::unlink.original(path);
+        });
+        EXPECT_EQ(thrown<OXTemporaryFile_CreateError>([] { OCTemporaryFile file; }),
+                  "OXTemporaryFile_CreateError: Can not create the temporary file (No such file or "
+                  "directory)");
+    }
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
+
 TEST(OCTemporaryFileTest, AfterAFailedStepTheDescriptorStaysUntilTheEnd) {
     std::string name;
     int handle = -1;
