@@ -15,9 +15,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -346,14 +348,56 @@ TEST(OCChildProcess, LooksForARelativeFilenameFromItsDirectory) {
 }
 
 TEST(OCChildProcess, ChangesNothingElseInTheChild) {
-    Script process("umask; cut -d ' ' -f 6 /proc/$$/stat; id -u; id -g");
+    Script process("umask; cut -d ' ' -f 5,6 /proc/$$/stat; id -u; id -g");
     const mode_t mask = umask(0);
     umask(mask);
     char expected[64];
-    std::snprintf(expected, sizeof expected, "%04o\n%d\n%u\n%u\n", mask, getsid(0), getuid(),
-                  getgid());
+    std::snprintf(expected, sizeof expected, "%04o\n%d %d\n%u\n%u\n", mask, getpgrp(), getsid(0),
+                  getuid(), getgid());
     EXPECT_EQ(0, process.execute());
     EXPECT_EQ(expected, contentOf(process.getStandardOutput()));
+}
+
+TEST(OCChildProcess, PassesItsOtherDescriptorsOn) {
+    const ScratchDirectory scratch;
+    const int other = open(scratch.file("other").c_str(), O_WRONLY | O_CREAT, 0600);
+    ASSERT_GT(other, 2);
+    EXPECT_EQ(0, Script("echo through >/proc/self/fd/" + std::to_string(other)).execute());
+    Script process("test -e /proc/self/fd/$0");
+    for (const OCChildProcessStream* stream :
+         {static_cast<OCChildProcessStream*>(&process.getStandardError()),
+          static_cast<OCChildProcessStream*>(&process.getStandardInput()),
+          static_cast<OCChildProcessStream*>(&process.getStandardOutput())}) {
+        const int handle = stream->getStream().getHandle();
+        process.getExecutionArguments().setCount(2);
+        process.getExecutionArguments().addString(std::to_string(handle).c_str());
+        EXPECT_EQ(0, process.execute()) << handle;
+    }
+    close(other);
+    EXPECT_EQ("through\n", scratch.read("other"));
+}
+
+TEST(OCChildProcess, PassesItsSignalsOn) {
+    EXPECT_EQ("0 alike", inChild([] {
+                  sigset_t blocked;
+                  sigemptyset(&blocked);
+                  sigaddset(&blocked, SIGUSR1);
+                  sigprocmask(SIG_BLOCK, &blocked, nullptr);
+                  signal(SIGUSR2, SIG_IGN);
+                  OCChildProcess process;
+                  process.setExecutionFilename("/bin/grep");
+                  process.getExecutionArguments().addString("-E");
+                  process.getExecutionArguments().addString("^Sig(Blk|Ign)");
+                  process.getExecutionArguments().addString("/proc/self/status");
+                  const int status = process.execute();
+                  std::string expected;
+                  std::ifstream own("/proc/self/status");
+                  for (std::string line; std::getline(own, line);)
+                      if (line.compare(0, 6, "SigBlk") == 0 || line.compare(0, 6, "SigIgn") == 0)
+                          expected += line + "\n";
+                  return std::to_string(status) +
+                         (contentOf(process.getStandardOutput()) == expected ? " alike" : " other");
+              }));
 }
 
 TEST(OCChildProcess, RunsAgainWithTheIdentifierOfTheLastChild) {
@@ -441,6 +485,19 @@ TEST(OCChildProcess, AbortsTheChildWhereItsStartFails) {
         EXPECT_EQ(abortedByTheStart, outcome());
     }
     EXPECT_FALSE(hasChildren());
+}
+
+TEST(OCChildProcess, AbortsTheChildAlsoWhereTheSignalIsIgnoredAndBlocked) {
+    EXPECT_EQ(abortedByTheStart, inChild([] {
+                  sigset_t blocked;
+                  sigemptyset(&blocked);
+                  sigaddset(&blocked, SIGABRT);
+                  sigprocmask(SIG_BLOCK, &blocked, nullptr);
+                  signal(SIGABRT, SIG_IGN);
+                  OCChildProcess process;
+                  process.setExecutionFilename("/no/such/executable");
+                  return thrown<OXChildProcess_UnexpectedSignal>([&] { process.execute(); });
+              }));
 }
 
 TEST(OCChildProcess, ReportsARefusedProcess) {
