@@ -273,6 +273,11 @@ TEST_F(OCDynamicLibraryTest, AMissingSymbolIsReported) {
     EXPECT_EXCEPTION(library.locateData(""), OXDynamicLibrary_LocateDataError,
                      "Can not locate data in dynamic library ()");
     EXPECT_TRUE(library.isLoaded());
+    // The loader's text stays for whoever wants it.
+    Counting reading(calls::dlerror);
+    EXPECT_THROW(library.locateCode("missing"), OXDynamicLibrary_LocateCodeError);
+    EXPECT_THROW(library.locateData("missing"), OXDynamicLibrary_LocateDataError);
+    EXPECT_EQ(0u, reading.calls());
 }
 
 TEST_F(OCDynamicLibraryTest, ASymbolWhoseValueIsNullCountsAsMissing) {

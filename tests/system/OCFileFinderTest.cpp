@@ -218,6 +218,18 @@ TEST(OCFileFinderTest, AFailingOpendirThrowsAndClosesNothing) {
     EXPECT_EQ(closing.calls(), 0U);
 }
 
+TEST(OCFileFinderTest, InterruptedCallsAreNotRepeated) {
+    ScratchDirectory directory;
+    {
+        Failing interrupted(calls::opendir, EINTR, 1, 1);
+        EXPECT_THROW(OCFileFinder finder(directory.path.c_str()), OXFileFinder_OpenDirectory);
+    }
+    OCFileFinder finder(directory.path.c_str());
+    Failing interrupted(calls::readdir, EINTR, 1, 1);
+    EXPECT_FALSE(finder.findFirst());
+    EXPECT_EQ(interrupted.calls(), 1U);
+}
+
 TEST(OCFileFinderTest, AFailingReaddirCountsAsTheEnd) {
     ScratchDirectory directory;
     OCFileFinder finder(directory.path.c_str());

@@ -640,6 +640,44 @@ TEST(OCFileManagerTest, AFailingRmdirIsAnError) {
     EXPECT_TRUE(exists(directory.path));
 }
 
+TEST(OCFileManagerTest, InterruptedCallsAreNotRepeated) {
+    ScratchDirectory directory;
+    const std::string text = " failed (Interrupted system call)";
+    OCFileManager manager;
+    {
+        Failing interrupted(calls::mkdir, EINTR, 1, 1);
+        EXPECT_EQ(thrown<OXFileManager_CreateDirectoryError>(
+                      [&] { manager.createDirectory(pathOf(directory.file("new"))); }),
+                  "OXFileManager_CreateDirectoryError: Creating the directory" + text);
+    }
+    EXPECT_FALSE(exists(directory.file("new")));
+    const std::string file = directory.write("file", "");
+    {
+        Failing interrupted(calls::remove, EINTR, 1, 1);
+        EXPECT_EQ(thrown<OXFileManager_DeleteFileError>([&] { manager.deleteFile(pathOf(file)); }),
+                  "OXFileManager_DeleteFileError: Deleting the file" + text);
+    }
+    EXPECT_TRUE(exists(file));
+    const std::string link = directory.file("link");
+    ASSERT_EQ(symlink("file", link.c_str()), 0);
+    {
+        Failing interrupted(calls::remove, EINTR, 1, 1);
+        EXPECT_EQ(thrown<OXFileManager_DeleteDirectoryError>(
+                      [&] { manager.deleteDirectory(pathOf(link), true); }),
+                  "OXFileManager_DeleteDirectoryError: Deleting the directory" + text);
+    }
+    EXPECT_TRUE(exists(link));
+    const std::string empty = directory.file("empty");
+    ASSERT_EQ(mkdir(empty.c_str(), 0700), 0);
+    {
+        Failing interrupted(calls::rmdir, EINTR, 1, 1);
+        EXPECT_EQ(thrown<OXFileManager_DeleteDirectoryError>(
+                      [&] { manager.deleteDirectory(pathOf(empty), false); }),
+                  "OXFileManager_DeleteDirectoryError: Deleting the directory" + text);
+    }
+    EXPECT_TRUE(exists(empty));
+}
+
 // Deleting trees
 
 TEST(OCFileManagerTest, DeletesATreeFilesFirstAndReportsInOrder) {

@@ -356,6 +356,19 @@ TEST(OCSystemProcess, GuessesTheExecutable) {
     EXPECT_EQ("", standard(OCSystemProcess::guessCurrentExecutable()));
 }
 
+TEST(OCSystemProcess, TheGuessIsTheSystemsTextAsItStands) {
+    std::string link;
+    Replacement telling(calls::readlink, [&](const char*, char* buffer, size_t) {
+        std::memcpy(buffer, link.data(), link.size());
+        return static_cast<ssize_t>(link.size());
+    });
+    for (const std::string& text :
+         {std::string("/bin/tool (deleted)"), std::string("a//b/../c "), std::string("x\0y", 3)}) {
+        link = text;
+        EXPECT_EQ(text, standard(OCSystemProcess::guessCurrentExecutable()));
+    }
+}
+
 TEST(OCSystemProcess, AnExecutableThatCannotBeGuessedIsReported) {
     Failing refusing(calls::readlink, EACCES);
     EXPECT_EXCEPTION(OCSystemProcess::guessCurrentExecutable(),

@@ -96,6 +96,13 @@ TEST(OCTemporaryDirectoryTest, AFailingMkdtempThrowsWithTheSystemsText) {
     EXPECT_EQ(removing.calls(), 0U);
 }
 
+TEST(OCTemporaryDirectoryTest, AnInterruptedCallIsNotRepeated) {
+    Failing interrupted(calls::mkdtemp, EINTR, 1, 1);
+    EXPECT_EQ(thrown<OXTemporaryDirectory_CreateError>([] { OCTemporaryDirectory directory; }),
+              "OXTemporaryDirectory_CreateError: Can not create the temporary directory "
+              "(Interrupted system call)");
+}
+
 TEST(OCTemporaryDirectoryTest, ADeletionThatThrowsKeepsThePath) {
     OCTemporaryDirectory directory;
     const OCFilePath path(directory.getPath());

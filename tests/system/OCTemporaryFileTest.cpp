@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
 #include <type_traits>
@@ -68,6 +69,10 @@ TEST(OCTemporaryFileTest, IsAnEmptyRegularFileOfItsUserAlone) {
     EXPECT_EQ(status.st_mode & 07777U, 0600U);
     EXPECT_EQ(status.st_size, 0);
     EXPECT_EQ(status.st_nlink, 0U);
+    // For reading and writing anywhere, also by the programs that the process starts.
+    EXPECT_EQ(fcntl(file.getHandle(), F_GETFL) & (O_ACCMODE | O_APPEND | O_NONBLOCK | O_SYNC),
+              O_RDWR);
+    EXPECT_EQ(fcntl(file.getHandle(), F_GETFD), 0);
 }
 
 TEST(OCTemporaryFileTest, TwoFilesHaveDifferentNamesAndContents) {
@@ -173,6 +178,23 @@ TEST(OCTemporaryFileTest, ANameThatIsGoneAlreadyIsAFailureToo) {
                   "directory)");
     }
     EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST(OCTemporaryFileTest, InterruptedCallsAreNotRepeated) {
+    const std::string expected = "OXTemporaryFile_CreateError: Can not create the temporary file "
+                                 "(Interrupted system call)";
+    {
+        Failing interrupted(calls::mkstemp, EINTR, 1, 1);
+        EXPECT_EQ(thrown<OXTemporaryFile_CreateError>([] { OCTemporaryFile file; }), expected);
+    }
+    unsigned long tries = 0;
+    Replacement unlinking(calls::unlink, [&](const char* path) {
+        calls::unlink.original(path);
+        errno = EINTR;
+        return ++tries == 1 ? -1 : 0;
+    });
+    EXPECT_EQ(thrown<OXTemporaryFile_CreateError>([] { OCTemporaryFile file; }), expected);
+    EXPECT_EQ(tries, 1U);
 }
 
 TEST(OCTemporaryFileTest, AfterAFailedStepTheDescriptorStaysUntilTheEnd) {
