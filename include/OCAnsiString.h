@@ -37,9 +37,10 @@ protected:
 /// the length, so shortening gives memory back. A string may hold zero bytes. Copies are deep. Not
 /// for use by several threads at once.
 ///
-/// Every operation that fails leaves the string as it was. An argument may be (part of) the string
-/// itself and counts as it was at the call. A `const char*` must not be null, unless a count of 0
-/// comes with it. Operations that change the string return the string itself.
+/// Every operation that fails leaves the string as it was, and operations that shorten never fail
+/// for want of memory. An argument may be (part of) the string itself and counts as it was at the
+/// call. A `const char*` must not be null, unless a count of 0 comes with it. Operations that
+/// change the string return the string itself.
 ///
 /// Changing the length takes at most one heap request each time that it passes a multiple of 64
 /// above 127, and none otherwise.
@@ -169,11 +170,8 @@ public:
     /// @throws OXMemory_AllocationError
     OCAnsiString& insert(const OCAnsiString& text);
 
-    // The following may ask the heap for a smaller block, so they may throw
-    // OXMemory_AllocationError as well, except when 127 characters or less are left.
-
     /// Keeps the first `n` characters, or all if there are fewer.
-    OCAnsiString& left(unsigned long n);
+    OCAnsiString& left(unsigned long n) noexcept;
     /// Keeps the last `n` characters, or all if there are fewer.
     ///
     /// Note: on an empty string every `n` but 0 is refused.
@@ -187,9 +185,9 @@ public:
     OCAnsiString& remove(unsigned long position, unsigned long n);
 
     /// Remove blanks at one end or both: all bytes from 0 to 32. (128 to 255 are no blanks.)
-    OCAnsiString& trimLeft();
-    OCAnsiString& trimRight();
-    OCAnsiString& trim();
+    OCAnsiString& trimLeft() noexcept;
+    OCAnsiString& trimRight() noexcept;
+    OCAnsiString& trim() noexcept;
     /// Put copies of `c` in front of or behind the text until it has `width` characters. A longer
     /// text stays as it is.
     /// @throws OXMemory_AllocationError
@@ -283,7 +281,7 @@ private:
     void take(OCAnsiString& other) noexcept;
     void changeCapacity(unsigned long n);
     bool holds(const char* text, unsigned long count) const noexcept;
-    OCAnsiString& keep(unsigned long head, unsigned long skip, unsigned long tail);
+    OCAnsiString& keep(unsigned long head, unsigned long skip, unsigned long tail) noexcept;
     OCAnsiString& appendSlowly(char c, OEStringConcat mode);
     OCAnsiString& appendPlain(const char* text, unsigned long count);
     OCAnsiString& appendPath(const char* text, unsigned long count);

@@ -17,9 +17,6 @@ public:
     HtmlGrammar(const HtmlGrammar&) = delete;
     HtmlGrammar& operator=(const HtmlGrammar&) = delete;
 
-    /// Brings the reader up to date at the end of the operation.
-    void leave() { cursor.leave(); }
-
     void parseDocument();
     bool possibleMiscellaneous();
     bool possibleCharacterData();

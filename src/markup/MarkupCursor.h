@@ -1,6 +1,7 @@
 #ifndef ORVABASE_MARKUPCURSOR_H
 #define ORVABASE_MARKUPCURSOR_H
 
+#include "OCMemory.h"
 #include "core/OCKernels.h"
 
 #include <cstring>
@@ -68,7 +69,7 @@ public:
 
     /// Brings a shared reader up to date. The cursor must not be used before `enter`, unless to
     /// destroy it.
-    void leave() {
+    void leave() noexcept {
         if (access == Shared)
             commit();
     }
@@ -240,7 +241,7 @@ private:
     bool grow(unsigned long count);
     bool growShared(unsigned long count);
     void enlargeShared();
-    void commit();
+    void commit() noexcept;
     void load() noexcept;
     void makeRoom();
     void stash();
@@ -275,19 +276,16 @@ MarkupCursor<Input>::MarkupCursor(Reader& input, Access inputAccess)
 template<typename Input>
 MarkupCursor<Input>::~MarkupCursor() noexcept {
     if (sink) {
-        // An exception passes: what was consumed is at least where the caller wanted it.
+        // An exception passes: what was consumed is at least where the caller wanted it, or, if
+        // there is no memory for that, in the reader.
         try {
             endToken();
-        } catch (...) {
+        } catch (const OXMemory_AllocationError&) {
+            sink->setLength(sinkLength);
+            at = mark;
         }
     }
-    try {
-        leave();
-    } catch (...) {
-        // What is buffered must not be followed by what only was room for more.
-        if (end != storageEnd)
-            Input::bufferOf(reader).clear();
-    }
+    leave();
 }
 
 template<typename Input>
@@ -299,7 +297,7 @@ void MarkupCursor<Input>::load() noexcept {
 }
 
 template<typename Input>
-void MarkupCursor<Input>::commit() {
+void MarkupCursor<Input>::commit() noexcept {
     if (!at)
         return;
     const unsigned long consumed = offsetOf(at);
@@ -400,11 +398,8 @@ void MarkupCursor<Input>::keepSpare(String& text) noexcept {
     }
     // The heap of the C library keeps blocks of the size that it has seen freed once, and grows
     // them by copying from then on. So a large block is made small before it is freed.
-    try {
-        if (text.getLength() > ordinaryLength)
-            text.setLength(ordinaryLength);
-    } catch (...) { // then it is freed as it is
-    }
+    if (text.getLength() > ordinaryLength)
+        text.setLength(ordinaryLength);
     text.clear();
 }
 

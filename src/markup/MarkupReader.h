@@ -47,7 +47,6 @@ private:
         const bool found = search(cursor);
         if (skipped)
             cursor.endToken();
-        cursor.leave(); // reports a refusal, as the destructor cannot
         return found;
     }
 };

@@ -4,8 +4,6 @@
 #include "markup/HtmlGrammar.h"
 #include "markup/MarkupReader.h"
 
-#include <type_traits>
-
 using orvabase::HtmlCursor;
 using orvabase::HtmlGrammar;
 using orvabase::HtmlInput;
@@ -69,9 +67,7 @@ bool OCHtmlParserReader::growBuffer(unsigned long count) {
     if (buffer.getLength() >= count)
         return true;
     HtmlCursor cursor(*this, HtmlCursor::Shared);
-    const bool grown = cursor.need(count);
-    cursor.leave();
-    return grown;
+    return cursor.need(count);
 }
 
 bool OCHtmlParserReader::peekCharacter(char c) {
@@ -105,25 +101,6 @@ bool OCHtmlParserReader::findStringInternal(const OCAnsiString& s, OCAnsiString*
     return Operations::find(*this, s, skipped);
 }
 
-namespace {
-
-/// Runs one operation of the grammar on a caller's reader and brings that up to date, which may
-/// need memory: the end of the grammar does so too, but could not report a refusal.
-template<typename Operation>
-auto run(OCHtmlParser& parser, OCHtmlParserReader& reader, Operation operation) {
-    HtmlGrammar grammar(parser, reader);
-    if constexpr (std::is_void_v<decltype(operation(grammar))>) {
-        operation(grammar);
-        grammar.leave();
-    } else {
-        const auto result = operation(grammar);
-        grammar.leave();
-        return result;
-    }
-}
-
-} // namespace
-
 OCHtmlParser::~OCHtmlParser() noexcept = default;
 
 void OCHtmlParser::parse(OCStream& stream) {
@@ -143,88 +120,84 @@ void OCHtmlParser::warning(OEHtmlWarningClass warningClass) {
 }
 
 void OCHtmlParser::parseDocument(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocument(); });
+    HtmlGrammar(*this, reader).parseDocument();
 }
 
 bool OCHtmlParser::possibleMiscellaneous(OCHtmlParserReader& reader) {
-    return run(*this, reader,
-               [&](HtmlGrammar& grammar) { return grammar.possibleMiscellaneous(); });
+    return HtmlGrammar(*this, reader).possibleMiscellaneous();
 }
 
 bool OCHtmlParser::possibleCharacterData(OCHtmlParserReader& reader) {
-    return run(*this, reader,
-               [&](HtmlGrammar& grammar) { return grammar.possibleCharacterData(); });
+    return HtmlGrammar(*this, reader).possibleCharacterData();
 }
 
 bool OCHtmlParser::possibleComment(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleComment(); });
+    return HtmlGrammar(*this, reader).possibleComment();
 }
 
 bool OCHtmlParser::possibleCommentBegin(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleCommentBegin(); });
+    return HtmlGrammar(*this, reader).possibleCommentBegin();
 }
 
 void OCHtmlParser::parseCommentContents(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseCommentContents(); });
+    HtmlGrammar(*this, reader).parseCommentContents();
 }
 
 void OCHtmlParser::parseCommentEnd(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseCommentEnd(); });
+    HtmlGrammar(*this, reader).parseCommentEnd();
 }
 
 bool OCHtmlParser::possibleDocumentType(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleDocumentType(); });
+    return HtmlGrammar(*this, reader).possibleDocumentType();
 }
 
 bool OCHtmlParser::possibleDocumentTypeBegin(OCHtmlParserReader& reader) {
-    return run(*this, reader,
-               [&](HtmlGrammar& grammar) { return grammar.possibleDocumentTypeBegin(); });
+    return HtmlGrammar(*this, reader).possibleDocumentTypeBegin();
 }
 
 void OCHtmlParser::parseDocumentTypeContents(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocumentTypeContents(); });
+    HtmlGrammar(*this, reader).parseDocumentTypeContents();
 }
 
 void OCHtmlParser::parseDocumentTypeEnd(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseDocumentTypeEnd(); });
+    HtmlGrammar(*this, reader).parseDocumentTypeEnd();
 }
 
 bool OCHtmlParser::possibleElement(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElement(); });
+    return HtmlGrammar(*this, reader).possibleElement();
 }
 
 bool OCHtmlParser::possibleElementEnd(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElementEnd(); });
+    return HtmlGrammar(*this, reader).possibleElementEnd();
 }
 
 bool OCHtmlParser::possibleElementStart(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleElementStart(); });
+    return HtmlGrammar(*this, reader).possibleElementStart();
 }
 
 bool OCHtmlParser::possibleElementStartBegin(OCHtmlParserReader& reader, OCAnsiString& name) {
-    return run(*this, reader,
-               [&](HtmlGrammar& grammar) { return grammar.possibleElementStartBegin(name); });
+    return HtmlGrammar(*this, reader).possibleElementStartBegin(name);
 }
 
 void OCHtmlParser::parseAttributeList(OCHtmlParserReader& reader) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeList(); });
+    HtmlGrammar(*this, reader).parseAttributeList();
 }
 
 void OCHtmlParser::parseElementStartEnd(OCHtmlParserReader& reader, const OCAnsiString& name) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEnd(name); });
+    HtmlGrammar(*this, reader).parseElementStartEnd(name);
 }
 
 void OCHtmlParser::parseElementStartEndContent(OCHtmlParserReader& reader,
                                                const OCAnsiString& name) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEndContent(name); });
+    HtmlGrammar(*this, reader).parseElementStartEndContent(name);
 }
 
 void OCHtmlParser::parseElementStartEndEmpty(OCHtmlParserReader& reader, const OCAnsiString& name) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseElementStartEndEmpty(name); });
+    HtmlGrammar(*this, reader).parseElementStartEndEmpty(name);
 }
 
 bool OCHtmlParser::possibleAttribute(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleAttribute(); });
+    return HtmlGrammar(*this, reader).possibleAttribute();
 }
 
 bool OCHtmlParser::possibleAttributeName(OCHtmlParserReader& reader, OCAnsiString& name) {
@@ -232,21 +205,21 @@ bool OCHtmlParser::possibleAttributeName(OCHtmlParserReader& reader, OCAnsiStrin
 }
 
 void OCHtmlParser::parseAttributeValue(OCHtmlParserReader& reader, OCAnsiString& value) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValue(value); });
+    HtmlGrammar(*this, reader).parseAttributeValue(value);
 }
 
 void OCHtmlParser::parseAttributeValueQuoted(OCHtmlParserReader& reader, OCAnsiString& value) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValueQuoted(value); });
+    HtmlGrammar(*this, reader).parseAttributeValueQuoted(value);
 }
 
 void OCHtmlParser::parseAttributeValueSimple(OCHtmlParserReader& reader, OCAnsiString& value) {
-    run(*this, reader, [&](HtmlGrammar& grammar) { grammar.parseAttributeValueSimple(value); });
+    HtmlGrammar(*this, reader).parseAttributeValueSimple(value);
 }
 
 bool OCHtmlParser::possibleName(OCHtmlParserReader& reader, OCAnsiString& name) {
     // A name that a failing stream cuts off must not replace the caller's.
     OCAnsiString found;
-    if (!run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleName(found); }))
+    if (!HtmlGrammar(*this, reader).possibleName(found))
         return false;
     name = static_cast<OCAnsiString&&>(found);
     return true;
@@ -258,7 +231,7 @@ void OCHtmlParser::parseName(OCHtmlParserReader& reader, OCAnsiString& name) {
 }
 
 bool OCHtmlParser::possibleWhiteSpace(OCHtmlParserReader& reader) {
-    return run(*this, reader, [&](HtmlGrammar& grammar) { return grammar.possibleWhiteSpace(); });
+    return HtmlGrammar(*this, reader).possibleWhiteSpace();
 }
 
 OXHtml::OXHtml() = default;

@@ -15,6 +15,8 @@ namespace {
 
 constexpr unsigned long step = 64;
 constexpr unsigned long inlineCapacity = 128;
+/// The heap gives a new block up to this size sooner than it makes a larger one smaller.
+constexpr unsigned long quickBlock = 1024;
 constexpr unsigned long notFound = kernels::notFound;
 constexpr unsigned long longest = ~0UL - step;
 
@@ -258,6 +260,7 @@ void OCAnsiString::releaseBlock() noexcept {
     stringRelease(data);
 }
 
+/// Moves the text into storage for `n` characters; making it smaller does not fail.
 void OCAnsiString::changeCapacity(unsigned long n) {
     const unsigned long needed = capacityFor(n);
     const unsigned long kept = n < length ? n : length;
@@ -270,7 +273,13 @@ void OCAnsiString::changeCapacity(unsigned long n) {
         }
     } else if (needed > inlineCapacity) {
         char* block = data; // stays ours if the reallocation fails
-        stringReallocate(block, needed);
+        try {
+            stringReallocate(block, needed);
+        } catch (const OXMemory_AllocationError&) {
+            if (needed > capacity)
+                throw;
+            block = data; // the larger block serves as well
+        }
         data = block;
     } else {
         stringCopy(localBuffer, data, kept);
@@ -286,30 +295,30 @@ bool OCAnsiString::holds(const char* text, unsigned long count) const noexcept {
     return source < begin + capacity && begin < source + count;
 }
 
-OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip, unsigned long tail) {
+OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip,
+                                 unsigned long tail) noexcept {
     const unsigned long n = head + tail;
     const unsigned long needed = capacityFor(n);
     const char* const rest = data + head + skip;
-    if (needed == capacity || data == localBuffer) {
-        if (skip > 0)
-            stringCopy(data + head, rest, tail);
-    } else if (needed <= inlineCapacity) {
-        stringCopy(localBuffer, data, head);
-        stringCopy(localBuffer + head, rest, tail);
-        stringRelease(data);
-        data = localBuffer;
-    } else if (skip == 0 || tail == 0) {
-        changeCapacity(n);
-    } else {
-        // Shortening the block may be refused, so the text is not moved in place.
-        char* block = nullptr;
-        stringAllocate(block, needed);
-        stringCopy(block, data, head);
-        stringCopy(block + head, rest, tail);
-        stringRelease(data);
-        data = block;
+    if (skip > 0 && tail > 0 && needed != capacity && needed > inlineCapacity &&
+        needed <= quickBlock) {
+        try {
+            char* block = nullptr;
+            stringAllocate(block, needed);
+            stringCopy(block, data, head);
+            stringCopy(block + head, rest, tail);
+            stringRelease(data);
+            data = block;
+            capacity = needed;
+            return endAt(n);
+        } catch (const OXMemory_AllocationError&) {
+            // The block that there is serves as well.
+        }
     }
-    capacity = needed;
+    if (skip > 0)
+        stringCopy(data + head, rest, tail);
+    if (needed != capacity)
+        changeCapacity(n);
     return endAt(n);
 }
 
@@ -463,7 +472,7 @@ OCAnsiString& OCAnsiString::insert(const OCAnsiString& text) {
     return insertText(0, text);
 }
 
-OCAnsiString& OCAnsiString::left(unsigned long n) {
+OCAnsiString& OCAnsiString::left(unsigned long n) noexcept {
     return keep(n < length ? n : length, 0, 0);
 }
 
@@ -491,21 +500,21 @@ OCAnsiString& OCAnsiString::remove(unsigned long position, unsigned long n) {
     return keep(position, removed, rest - removed);
 }
 
-OCAnsiString& OCAnsiString::trimLeft() {
+OCAnsiString& OCAnsiString::trimLeft() noexcept {
     unsigned long blanks = 0;
     while (blanks < length && isBlank(data[blanks]))
         ++blanks;
     return keep(0, blanks, length - blanks);
 }
 
-OCAnsiString& OCAnsiString::trimRight() {
+OCAnsiString& OCAnsiString::trimRight() noexcept {
     unsigned long end = length;
     while (end > 0 && isBlank(data[end - 1]))
         --end;
     return keep(end, 0, 0);
 }
 
-OCAnsiString& OCAnsiString::trim() {
+OCAnsiString& OCAnsiString::trim() noexcept {
     unsigned long end = length;
     while (end > 0 && isBlank(data[end - 1]))
         --end;
@@ -655,25 +664,18 @@ OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString
     if (this == &to && n > length)
         return replace(from, OCAnsiString(to), sense);
 
-    // A longer text is put together in place, from the old one moved to the end of the room; a
-    // shorter one in place if its storage stays, else in its new storage.
+    // The text is put together in place; a longer one from the old one moved to the end of the
+    // room.
     const unsigned long needed = capacityFor(n);
     const unsigned long first = found.getFirst();
-    char* target = data;
     const char* source = data;
     if (n >= length) {
         if (needed != capacity)
             changeCapacity(n);
-        target = data;
         source = data + (n - length);
         std::memmove(data + (n - length) + first, data + first, length - first);
-    } else if (needed != capacity && data != localBuffer) {
-        target = localBuffer;
-        if (needed > inlineCapacity)
-            stringAllocate(target, needed);
-        std::memcpy(target, data, first);
     }
-    char* out = target + first;
+    char* out = data + first;
     unsigned long at = first;
     for (unsigned long i = 0; i < total; ++i) {
         const unsigned long hit = found.getNext(source, length, at);
@@ -684,11 +686,8 @@ OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString
         at = hit + from.length;
     }
     std::memmove(out, source + at, length - at);
-    if (target != data) {
-        release();
-        data = target;
-    }
-    capacity = needed;
+    if (needed != capacity)
+        changeCapacity(n);
     return endAt(n);
 }
 

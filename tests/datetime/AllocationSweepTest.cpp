@@ -8,10 +8,11 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace {
 
-const std::string padding(300, '9');
+const std::string padding(319, '9'); // one character more takes another block
 const OCAnsiString longText(padding.c_str());
 
 TEST(AllocationSweep, DateTime) {
@@ -53,32 +54,87 @@ TEST(AllocationSweep, DateTimeParsers) {
     sweepParser<OCDateTimeParserAsn1Utc>("UTC");
 }
 
-/// A scanner that fails leaves the text whole.
-template<class Parser, class Scanner>
-void scanning(const char* name, const std::string& from, Scanner scanner) {
+/// Sweeps a scanner of `Parser` on a text that begins with `begin`, and on an empty one.
+template<class Parser, class Result>
+void scanning(const char* name, Result (Parser::*scan)(OCAnsiString&) const,
+              const std::string& begin) {
     static OCDateTime target;
-    static const Parser parser(target, "source");
-    const sweep::Operations text([&] { return std::make_unique<OCAnsiString>(from.c_str()); },
+    static const Parser parser(target, longText);
+    const auto texts = [](const std::string& from) {
+        return sweep::Operations([=] { return std::make_unique<OCAnsiString>(from.c_str()); },
                                  [](const OCAnsiString& s) { return sweep::seen(s); });
-    text(name, [&](OCAnsiString& s) { scanner(parser, s); });
+    };
+    const auto scanned = [=](OCAnsiString& s) { (parser.*scan)(s); };
+    if constexpr (std::is_same_v<Result, OCAnsiString>)
+        texts(begin + padding)(name, scanned);
+    else if (!begin.empty())
+        texts(begin + padding).managing(name, scanned);
+    texts("")(name, [=](OCAnsiString& s) {
+        sweep::refused<OXDateTimeParser_SyntaxError>([&] { (parser.*scan)(s); });
+    });
+}
+
+template<class Parser>
+void sweepRfc1123() {
+    const std::string blank = padding + ' ';
+    const std::string colon = padding + ':';
+    scanning("removeDayOfWeek", &Parser::removeDayOfWeek, padding + ",");
+    scanning("separateDayOfMonth", &Parser::separateDayOfMonth, blank);
+    scanning("separateMonth", &Parser::separateMonth, blank);
+    scanning("separateYear", &Parser::separateYear, blank);
+    scanning("separateHour", &Parser::separateHour, colon);
+    scanning("separateMinute", &Parser::separateMinute, colon);
+    scanning("separateSecond", &Parser::separateSecond, blank);
+    scanning("parseDayOfMonth", &Parser::parseDayOfMonth, "06 ");
+    scanning("parseMonth", &Parser::parseMonth, "Nov ");
+    scanning("parseYear", &Parser::parseYear, "1994 ");
+    scanning("parseHour", &Parser::parseHour, "08:");
+    scanning("parseMinute", &Parser::parseMinute, "49:");
+    scanning("parseSecond", &Parser::parseSecond, "37 ");
 }
 
 TEST(AllocationSweep, DateTimeScanners) {
-    const std::string blank = padding + ' ' + padding;
-    using Rfc = OCDateTimeParserRfc1123;
-    scanning<Rfc>("removeDayOfWeek", padding + ", " + padding,
-                  [](const Rfc& p, OCAnsiString& s) { p.removeDayOfWeek(s); });
-    scanning<Rfc>("separateMonth", blank,
-                  [](const Rfc& p, OCAnsiString& s) { p.separateMonth(s); });
-    scanning<Rfc>("separateYear", blank, [](const Rfc& p, OCAnsiString& s) { p.separateYear(s); });
+    sweepRfc1123<OCDateTimeParserRfc1123>();
+    sweepRfc1123<OCDateTimeParserCookie>();
     using Military = OCDateTimeParserMilitary;
-    scanning<Military>("separateInteger", blank,
-                       [](const Military& p, OCAnsiString& s) { p.separateInteger(s, 200); });
-    using Asn1 = OCDateTimeParserAsn1Utc;
-    scanning<Asn1>("separateInteger", blank,
-                   [](const Asn1& p, OCAnsiString& s) { p.separateInteger(s, 200); });
-    scanning<Asn1>("separateCorrection", "+" + padding,
-                   [](const Asn1& p, OCAnsiString& s) { p.separateCorrection(s); });
+    scanning("parseYear", &Military::parseYear, "1994-");
+    scanning("parseMonth", &Military::parseMonth, "11-");
+    scanning("parseDayOfMonth", &Military::parseDayOfMonth, "06 ");
+    scanning("parseHour", &Military::parseHour, "08:");
+    scanning("parseMinute", &Military::parseMinute, "49:");
+    scanning("parseSecond", &Military::parseSecond, "37");
+    using Generalized = OCDateTimeParserAsn1Generalized;
+    scanning("parseYear", &Generalized::parseYear, "1994");
+    using Utc = OCDateTimeParserAsn1Utc;
+    scanning("parseYear", &Utc::parseYear, "94");
+    const auto asn1 = [](const char* name, auto scan, const std::string& begin) {
+        using Result = std::invoke_result_t<decltype(scan), const Utc&, OCAnsiString&>;
+        scanning<Utc, Result>(name, scan, begin);
+    };
+    asn1("separateCorrection", &Utc::separateCorrection, "+");
+    asn1("parseMonth", &Utc::parseMonth, "11");
+    asn1("parseDay", &Utc::parseDay, "06");
+    asn1("parseHour", &Utc::parseHour, "08");
+    asn1("parseMinute", &Utc::parseMinute, "49");
+    asn1("parseSecond", &Utc::parseSecond, "37");
+    asn1("parseCorrection", &Utc::parseCorrection, ""); // which leaves nothing of the text
+}
+
+template<class Parser>
+void sweepIntegers() {
+    static OCDateTime target;
+    static const Parser parser(target, longText);
+    const sweep::Operations text([] { return std::make_unique<OCAnsiString>(longText); },
+                                 [](const OCAnsiString& s) { return sweep::seen(s); });
+    text("separateInteger", [](OCAnsiString& s) { parser.separateInteger(s, 200); });
+    text("separateInteger behind", [](OCAnsiString& s) {
+        sweep::refused<OXDateTimeParser_SyntaxError>([&] { parser.separateInteger(s, 320); });
+    });
+}
+
+TEST(AllocationSweep, DateTimeIntegers) {
+    sweepIntegers<OCDateTimeParserMilitary>();
+    sweepIntegers<OCDateTimeParserAsn1Utc>();
 }
 
 TEST(AllocationSweep, DateTimeFormats) {

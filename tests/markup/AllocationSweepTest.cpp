@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -271,6 +272,13 @@ TEST(AllocationSweep, XmlParserReader) {
     const OCWideString search(L"-->"), longSearch(longWide + search);
     reader("growBuffer", [](Reader& r, auto&) { EXPECT_TRUE(r.growBuffer(200)); });
     reader("peekString", [&](Reader& r, auto&) { EXPECT_TRUE(r.peekString(longSearch)); });
+    reader("peekCharacter", [](Reader& r, auto&) { EXPECT_TRUE(r.peekCharacter('n')); });
+    reader("previewCharacter", [](Reader& r, auto&) {
+        wchar_t c = 0;
+        EXPECT_TRUE(r.previewCharacter(c));
+    });
+    reader("skipCharacter", [](Reader& r, auto&) { r.skipCharacter('n'); });
+    reader("skipString", [&](Reader& r, auto&) { r.skipString(longSearch); });
     reader("findCharacter", [](Reader& r, auto&) { EXPECT_TRUE(r.findCharacter('-')); });
     reader("findString", [&](Reader& r, auto&) { EXPECT_TRUE(r.findString(search)); });
     reader("findString that is long",
@@ -316,6 +324,13 @@ TEST(AllocationSweep, HtmlParserReader) {
     const OCAnsiString search("-->"), longSearch(longText + search);
     reader("growBuffer", [](Reader& r, auto&) { EXPECT_TRUE(r.growBuffer(200)); });
     reader("peekString", [&](Reader& r, auto&) { EXPECT_TRUE(r.peekString(longSearch)); });
+    reader("peekCharacter", [](Reader& r, auto&) { EXPECT_TRUE(r.peekCharacter('n')); });
+    reader("previewCharacter", [](Reader& r, auto&) {
+        char c = 0;
+        EXPECT_TRUE(r.previewCharacter(c));
+    });
+    reader("skipCharacter", [](Reader& r, auto&) { r.skipCharacter('n'); });
+    reader("skipString", [&](Reader& r, auto&) { r.skipString(longSearch); });
     reader("findCharacter", [](Reader& r, auto&) { EXPECT_TRUE(r.findCharacter('-')); });
     reader("findString", [&](Reader& r, auto&) { EXPECT_TRUE(r.findString(search)); });
     reader("findString that is long",
@@ -324,6 +339,101 @@ TEST(AllocationSweep, HtmlParserReader) {
            [](Reader& r, auto& text) { EXPECT_TRUE(r.findCharacter('-', text)); });
     reader("findString with the skipped text",
            [&](Reader& r, auto& text) { EXPECT_TRUE(r.findString(search, text)); });
+}
+
+/// A stream that leaves the program without memory when it fails.
+class Exhausting : public OCMemoryStream {
+public:
+    Exhausting(State content, unsigned failing)
+        : OCMemoryStream(content.data(), content.size()), remaining(failing) {}
+    bool read(void* to, unsigned long& count) override {
+        if (--remaining == 0) {
+            fault = std::make_unique<fault::HeapFault>(1, fault::HeapFault::Following);
+            throw 7;
+        }
+        return OCMemoryStream::read(to, count);
+    }
+    /// There is memory again.
+    void recover() { fault.reset(); }
+
+private:
+    unsigned remaining;
+    std::unique_ptr<fault::HeapFault> fault;
+};
+
+std::string numbers() {
+    std::string result;
+    for (int i = 0; i < 2000; ++i)
+        result += std::to_string(10000 + i) + ' ';
+    return result;
+}
+
+template<class Text>
+std::string narrow(const Text& text) {
+    const OCAnsiString result(text);
+    return std::string(result.getString(), result.getLength());
+}
+
+/// What an operation passes over and what the reader still has, after the stream's read number
+/// `failing` failed.
+template<class Text, class Operation>
+std::string passedAndLeft(State content, unsigned failing, Operation operation) {
+    Exhausting stream(content, failing);
+    std::string result;
+    const auto collect = [&](auto& reader) {
+        Text passed;
+        try {
+            operation(reader, passed);
+            ADD_FAILURE() << "not failed";
+        } catch (int) {
+        }
+        stream.recover();
+        Text left;
+        reader.findString(Text("no such text"), left);
+        result = narrow(passed) + narrow(left);
+    };
+    if constexpr (std::is_same_v<Text, OCWideString>) {
+        OCXmlParserSource source(stream, XmlEncodingAnsi);
+        OCXmlParserReader reader(source);
+        collect(reader);
+    } else {
+        OCHtmlParserReader reader(stream);
+        collect(reader);
+    }
+    return result;
+}
+
+template<class Text>
+void expectNothingLost() {
+    const std::string content = numbers();
+    const Text missing("#"), longMissing("# which nowhere is");
+    for (unsigned failing = 1; failing < 40; ++failing) {
+        SCOPED_TRACE(failing);
+        EXPECT_EQ(content, passedAndLeft<Text>(content, failing, [&](auto& reader, Text& passed) {
+                      reader.findCharacter('#', passed);
+                  }));
+        EXPECT_EQ(content, passedAndLeft<Text>(content, failing, [&](auto& reader, Text& passed) {
+                      reader.findString(missing, passed);
+                  }));
+        EXPECT_EQ(content, passedAndLeft<Text>(content, failing, [&](auto& reader, Text& passed) {
+                      reader.findString(longMissing, passed);
+                  }));
+        // What nobody asked for is gone as far as it had been read.
+        const std::string rest = content.substr((failing - 1) * 128UL);
+        EXPECT_EQ(rest, passedAndLeft<Text>(content, failing, [](auto& reader, Text&) {
+                      reader.findCharacter('#');
+                  }));
+    }
+}
+
+TEST(AllocationSweep, FailingStreamsWithoutMemoryLoseNoCharacterOfAReader) {
+    expectNothingLost<OCWideString>();
+    expectNothingLost<OCAnsiString>();
+    const std::string content = numbers();
+    for (unsigned failing = 1; failing < 40; ++failing)
+        EXPECT_EQ(content, passedAndLeft<OCAnsiString>(content, failing, [](auto& reader, auto&) {
+                      reader.growBuffer(6000);
+                  }));
 }
 
 TEST(AllocationSweep, HtmlParser) {
@@ -340,6 +450,17 @@ TEST(AllocationSweep, HtmlParser) {
          [](Html& h) { EXPECT_TRUE(h.parser.possibleCharacterData(h.reader)); });
     html("possibleComment", comment,
          [](Html& h) { EXPECT_TRUE(h.parser.possibleComment(h.reader)); });
+    html("possibleCommentBegin", comment,
+         [](Html& h) { EXPECT_TRUE(h.parser.possibleCommentBegin(h.reader)); });
+    html("parseCommentEnd", "-->" + run, [](Html& h) { h.parser.parseCommentEnd(h.reader); });
+    html("possibleDocumentTypeBegin", type,
+         [](Html& h) { EXPECT_TRUE(h.parser.possibleDocumentTypeBegin(h.reader)); });
+    html("parseDocumentTypeEnd", ">" + run,
+         [](Html& h) { h.parser.parseDocumentTypeEnd(h.reader); });
+    html("parseElementStartEndContent", ">" + run,
+         [](Html& h) { h.parser.parseElementStartEndContent(h.reader, longText); });
+    html("parseElementStartEndEmpty", "/>" + run,
+         [](Html& h) { h.parser.parseElementStartEndEmpty(h.reader, longText); });
     html("parseCommentContents", run + "-->",
          [](Html& h) { h.parser.parseCommentContents(h.reader); });
     html("possibleDocumentType", type,
@@ -388,15 +509,16 @@ TEST(AllocationSweep, HtmlParser) {
 
 /// A writer inside an element, on a stream that must grow for more than a few characters.
 struct Writer {
-    Writer() : output(stream, XmlEncodingAnsi), writer(output) {
+    explicit Writer(const OCWideString& element = L"open")
+        : name(element), output(stream, XmlEncodingAnsi), writer(output) {
         stream.setSize(50000); // so much room it keeps
         stream.setSize(0);
-        writer.startElement(L"open");
+        writer.startElement(name);
         output.write(OCAnsiString(std::string(8000, '-').c_str()));
     }
     std::string result() {
         if (!used)
-            return Writer().close();
+            return Writer(name).close();
         return close();
     }
     std::string close() {
@@ -404,6 +526,7 @@ struct Writer {
         const OCAnsiString text = stream.makeString();
         return std::string(text.getString(), text.getLength());
     }
+    const OCWideString name;
     OCMemoryStream stream;
     OCXmlWriterOutput output;
     OCXmlWriter writer;
@@ -424,6 +547,7 @@ TEST(AllocationSweep, XmlWriter) {
     };
     writer("processingInstruction",
            [&](OCXmlWriter& w) { w.processingInstruction(longWide, attributes); });
+    writer("xmlDeclaration", [](OCXmlWriter& w) { w.xmlDeclaration(); });
     writer("startElement", [](OCXmlWriter& w) { w.startElement(longWide); });
     writer("startElement with attributes",
            [&](OCXmlWriter& w) { w.startElement(longWide, attributes); });
@@ -432,6 +556,16 @@ TEST(AllocationSweep, XmlWriter) {
            [&](OCXmlWriter& w) { w.emptyElement(longWide, attributes); });
     writer("characterData", [](OCXmlWriter& w) { w.characterData(longest); });
     writer("initialize", [](OCXmlWriter& w) { w.initialize(); });
+    const sweep::Operations open([] { return std::make_unique<Writer>(longWide); },
+                                 [](Writer& w) { return w.result(); });
+    open("endElement", [](Writer& w) {
+        w.used = true;
+        w.writer.endElement();
+    });
+    open("closeElements", [](Writer& w) {
+        w.used = true;
+        w.writer.closeElements();
+    });
     const auto output = [&](const char* name, auto operation) {
         written(name, [&](Writer& w) {
             w.used = true;
@@ -441,6 +575,25 @@ TEST(AllocationSweep, XmlWriter) {
     output("write", [](OCXmlWriterOutput& o) { o.write(longest); });
     output("writeLine", [](OCXmlWriterOutput& o) { o.writeLine(longest); });
     output("writeEncoded", [](OCXmlWriterOutput& o) { o.writeEncoded(longest); });
+
+    // The indentation of a line behind an `indent` that was refused is that of the line before it.
+    struct Indented {
+        Indented() : output(stream, XmlEncodingAnsi) {
+            for (int i = 0; i < 63; ++i)
+                output.indent();
+        }
+        OCMemoryStream stream;
+        OCXmlWriterOutput output;
+    };
+    const std::string line = std::string(126, ' ') + "x\r\n";
+    EXPECT_LE(1U, fault::failEachRequestOn([] { return std::make_unique<Indented>(); },
+                                           [](auto& i) { i->output.indent(); },
+                                           [&](auto& i, bool failed) {
+                                               i->output.writeLine(L"x");
+                                               const OCAnsiString text = i->stream.makeString();
+                                               EXPECT_EQ(failed ? line : "  " + line,
+                                                         text.getString());
+                                           }));
 
     const auto make = sweep::results();
     OCMemoryStream stream;
@@ -453,6 +606,10 @@ TEST(AllocationSweep, XmlWriter) {
     make("makeText of an attribute", [&](auto&) { attributes.getAttribute(0).makeText(); });
     make("copy of an attribute",
          [&](auto&) { OCXmlWriterElementAttribute copy(attributes.getAttribute(0)); });
+    make("getAttribute behind, of what does not change", [&](auto&) {
+        const auto& fixed = attributes;
+        sweep::refused<OXVector_NoSuchIndex>([&] { fixed.getAttribute(2); });
+    });
     make("getAttribute behind",
          [&](auto&) { sweep::refused<OXVector_NoSuchIndex>([&] { attributes.getAttribute(2); }); });
 
@@ -557,6 +714,21 @@ TEST(AllocationSweep, QueryString) {
     query("getElement behind", [](OCQueryString& q) {
         sweep::refused<OXQueryString_NoSuchIndex>([&] { q.getElement(64UL); });
     });
+    query("getValue of none, of what does not change", [](const OCQueryString& q) {
+        sweep::refused<OXQueryString_NoSuchName>([&] { q.getValue(longText); });
+    });
+    query("getElement of none, of what does not change", [](const OCQueryString& q) {
+        sweep::refused<OXQueryString_NoSuchName>([&] { q.getElement(longText); });
+    });
+    query("getElement behind, of what does not change", [](const OCQueryString& q) {
+        sweep::refused<OXQueryString_NoSuchIndex>([&] { q.getElement(64UL); });
+    });
+    query("getName behind", [](const OCQueryString& q) {
+        sweep::refused<OXQueryString_NoSuchIndex>([&] { q.getName(64UL); });
+    });
+    query("getValue behind", [](const OCQueryString& q) {
+        sweep::refused<OXQueryString_NoSuchIndex>([&] { q.getValue(64UL); });
+    });
     query("removeElement behind", [](OCQueryString& q) {
         sweep::refused<OXQueryString_NoSuchIndex>([&] { q.removeElement(64UL); });
     });
@@ -627,6 +799,8 @@ TEST(AllocationSweep, ResourceLocator) {
     step("parseParameters", run + "?" + run + "=" + run,
          [](Locator& l, Text& t) { l.parseParameters(t); });
     step("parseProtocol", run + "://" + run, [](Locator& l, Text& t) { l.parseProtocol(t); });
+    step("parsePort", ":" + std::string(200, '0') + "80/" + run,
+         [](Locator& l, Text& t) { l.parsePort(t); });
     step("parseServer", "//" + run + "/" + run, [](Locator& l, Text& t) { l.parseServer(t); });
 }
 

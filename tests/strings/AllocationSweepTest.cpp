@@ -63,7 +63,6 @@ TEST(AllocationSweep, AnsiStringOperations) {
     ansi("=", [](auto& s) { s = longText; });
     ansi("assign wide", [](auto& s) { s.assign(longWide); });
     ansi("setLength", [](auto& s) { s.setLength(2000).fill('x'); });
-    ansi("setLength, less", [](auto& s) { s.setLength(130); });
     ansi("append a character", [](auto& s) { s.append('x'); });
     ansi("append a character to a path", [](auto& s) { s.append('x', StringConcatPath); });
     ansi("append text", [](auto& s) { s.append("x"); });
@@ -81,32 +80,50 @@ TEST(AllocationSweep, AnsiStringOperations) {
     ansi("insert at", [](auto& s) { s.insert(7, longText); });
     ansi("insert itself at", [](auto& s) { s.insert(7, s); });
     ansi("insert", [](auto& s) { s.insert(longText); });
-    ansi("left", [](auto& s) { s.left(130); });
-    ansi("right", [](auto& s) { s.right(130); });
-    ansi("mid", [](auto& s) { s.mid(7, 130); });
-    ansi("remove", [](auto& s) { s.remove(7, 120); });
     ansi("padLeft", [](auto& s) { s.padLeft('x', 400); });
     ansi("padRight", [](auto& s) { s.padRight('x', 400); });
     ansi("replace by more", [](auto& s) { s.replace("A", longText); });
     ansi("replace by as much", [](auto& s) { s.replace(s, longText); });
-    ansi("replace by less", [](auto& s) { s.replace("A", ""); });
     ansi("replace in any case", [](auto& s) { s.replace("aa", "xxx", StringCaseInsensitive); });
     ansi("escape", [](auto& s) { s.escape(); });
+    // Shortening keeps the block when there is no smaller one to be had.
+    ansi.managing("setLength, less", [](auto& s) { s.setLength(130); });
+    ansi.managing("left", [](auto& s) { s.left(130); });
+    ansi.managing("right", [](auto& s) { s.right(130); });
+    ansi.managing("mid", [](auto& s) { s.mid(7, 130); });
+    ansi.managing("remove", [](auto& s) { s.remove(7, 120); });
+    ansi.managing("replace by less", [](auto& s) { s.replace("AAAA", "B"); });
 
     const OCAnsiString spaced(
         (std::string(150, ' ') + std::string(200, 'A') + std::string(150, ' ')).c_str());
     const auto trimmed = on(spaced);
-    trimmed("trimLeft", [](auto& s) { s.trimLeft(); });
-    trimmed("trimRight", [](auto& s) { s.trimRight(); });
-    trimmed("trim", [](auto& s) { s.trim(); });
+    trimmed.managing("trimLeft", [](auto& s) { s.trimLeft(); });
+    trimmed.managing("trimRight", [](auto& s) { s.trimRight(); });
+    trimmed.managing("trim", [](auto& s) { s.trim(); });
     OCAnsiString escaped(colons);
     escaped.escape();
     on(escaped)("unescape", [](auto& s) { s.unescape(); });
 }
 
+TEST(AllocationSweep, AnsiStringComparisons) {
+    const char* const text = characters.c_str();
+    const auto make = sweep::results();
+    make("==", [=](auto&) { EXPECT_TRUE(text == longText); });
+    make("!=", [=](auto&) { EXPECT_FALSE(text != longText); });
+    make("<", [=](auto&) { EXPECT_FALSE(text < longText); });
+    make("<=", [=](auto&) { EXPECT_TRUE(text <= longText); });
+    make(">", [=](auto&) { EXPECT_FALSE(text > longText); });
+    make(">=", [=](auto&) { EXPECT_TRUE(text >= longText); });
+}
+
 TEST(AllocationSweep, AnsiStringRefusals) {
     const auto ansi = on(full);
     ansi("[]", [](auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s[255]; }); });
+    ansi("[] of what does not change",
+         [](const auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s[255]; }); });
+    ansi("throwNoSuchIndex", [](auto&) {
+        sweep::refused<OXString_NoSuchIndex>([] { OCAbstractString::throwNoSuchIndex(7); });
+    });
     ansi("insert behind",
          [](auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s.insert(255, longText); }); });
     ansi("mid behind",
@@ -157,6 +174,8 @@ TEST(AllocationSweep, WideStringOperations) {
     wide("replace in any case", [](auto& s) { s.replace(L"aa", L"xxx", StringCaseInsensitive); });
     wide("comparison with narrow text", [](auto& s) { EXPECT_TRUE(s == full); });
     wide("order among narrow texts", [](auto& s) { EXPECT_FALSE(full < s); });
+    wide("[] of what does not change",
+         [](const auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s[255]; }); });
     wide("[]", [](auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s[255]; }); });
     wide("insert behind",
          [](auto& s) { sweep::refused<OXString_NoSuchIndex>([&] { s.insert(255, longWide); }); });
@@ -172,7 +191,12 @@ TEST(AllocationSweep, WideStringOperations) {
     wide.managing("mid", [](auto& s) { s.mid(7, 130); });
     wide.managing("remove", [](auto& s) { s.remove(7, 120); });
     wide.managing("replace by less", [](auto& s) { s.replace(L"A", L""); });
-    wide.managing("trimLeft", [](auto& s) { s.trimLeft(); });
+    const OCWideString spaced(OCAnsiString(
+        (std::string(150, ' ') + std::string(200, 'A') + std::string(150, ' ')).c_str()));
+    const auto trimmed = on(spaced);
+    trimmed.managing("trimLeft", [](auto& s) { s.trimLeft(); });
+    trimmed.managing("trimRight", [](auto& s) { s.trimRight(); });
+    trimmed.managing("trim", [](auto& s) { s.trim(); });
 }
 
 TEST(AllocationSweep, ConversionsOfLongTexts) {

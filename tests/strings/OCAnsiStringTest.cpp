@@ -103,10 +103,10 @@ unsigned long failEachRequestOn(const std::string& start, const std::string& exp
                                 const std::function<void(OCAnsiString&)>& operation) {
     unsigned long failures = 0;
     const long left = fault::blocksLeftBy([&] {
-        OCAnsiString subject = make(start);
-        failures = fault::failEachRequest([&] { operation(subject); },
-                                          [&] { EXPECT_STRING(start, subject); });
-        EXPECT_STRING(expected, subject);
+        failures = fault::failEachRequestOn([&] { return make(start); }, operation,
+                                            [&](const OCAnsiString& s, bool failed) {
+                                                EXPECT_STRING(failed ? start : expected, s);
+                                            });
     });
     EXPECT_EQ(0, left);
     return failures;
@@ -1794,35 +1794,48 @@ TEST(AnsiString, AssigningThatFailsLeavesTheString) {
             expectOne([&](OCAnsiString& s) { s.assign(other); });
             expectOne([&](OCAnsiString& s) { s.assign(expected.c_str()); });
             expectOne([&](OCAnsiString& s) { s.assign(expected.data(), after); });
-            expectOne([&](OCAnsiString& s) { s.assign(wide); });
+            // This one shortens in place.
+            EXPECT_EQ(count > after ? 0UL : 1UL,
+                      failEachRequestOn(start, expected, [&](OCAnsiString& s) { s.assign(wide); }));
         }
     }
 }
 
-TEST(AnsiString, AShorteningThatFailsLeavesTheString) {
+TEST(AnsiString, ShorteningNeverFails) {
     const std::string start = "\n" + pattern(998) + "\n";
-    const auto expectOne = [&](const std::string& expected,
-                               const std::function<void(OCAnsiString&)>& operation) {
-        EXPECT_EQ(1UL, failEachRequestOn(start, expected, operation));
+    const auto expectNone = [&](const std::string& expected,
+                                const std::function<void(OCAnsiString&)>& operation) {
+        EXPECT_EQ(0UL, failEachRequestOn(start, expected, operation));
     };
-    expectOne(start.substr(0, 500), [](OCAnsiString& s) { s.left(500); });
-    expectOne(start.substr(500), [](OCAnsiString& s) { s.right(500); });
-    expectOne(start.substr(100, 500), [](OCAnsiString& s) { s.mid(100, 500); });
-    expectOne(start.substr(0, 100) + start.substr(600),
-              [](OCAnsiString& s) { s.remove(100, 500); });
-    expectOne(start.substr(0, 500), [](OCAnsiString& s) { s.remove(500, huge); });
-    expectOne(start.substr(500), [](OCAnsiString& s) { s.remove(0, 500); });
-    expectOne(start.substr(0, 500), [](OCAnsiString& s) { s.setLength(500); });
-    expectOne(start.substr(300, 200), [](OCAnsiString& s) { s.assign(s.getString() + 300, 200); });
-    expectOne(model::replace(start, "abcdefghij", "", true),
-              [](OCAnsiString& s) { s.replace("abcdefghij", ""); });
+    expectNone(start.substr(0, 500), [](OCAnsiString& s) { s.left(500); });
+    expectNone(start.substr(500), [](OCAnsiString& s) { s.right(500); });
+    expectNone(start.substr(100, 500), [](OCAnsiString& s) { s.mid(100, 500); });
+    expectNone(start.substr(0, 100) + start.substr(600),
+               [](OCAnsiString& s) { s.remove(100, 500); });
+    expectNone(start.substr(0, 500), [](OCAnsiString& s) { s.remove(500, huge); });
+    expectNone(start.substr(500), [](OCAnsiString& s) { s.remove(0, 500); });
+    expectNone(start.substr(0, 500), [](OCAnsiString& s) { s.setLength(500); });
+    expectNone(model::replace(start, "abcdefghij", "", true),
+               [](OCAnsiString& s) { s.replace("abcdefghij", ""); });
+    // The block that was too large is as good as another from then on.
+    expectNone(start.substr(0, 500) + "x", [](OCAnsiString& s) { s.left(500).append('x'); });
     const std::string blanks = std::string(200, ' ') + pattern(700) + std::string(200, ' ');
-    EXPECT_EQ(1UL, failEachRequestOn(blanks, model::trim(blanks, true, false),
+    EXPECT_EQ(0UL, failEachRequestOn(blanks, model::trim(blanks, true, false),
                                      [](OCAnsiString& s) { s.trimLeft(); }));
-    EXPECT_EQ(1UL, failEachRequestOn(blanks, model::trim(blanks, false, true),
+    EXPECT_EQ(0UL, failEachRequestOn(blanks, model::trim(blanks, false, true),
                                      [](OCAnsiString& s) { s.trimRight(); }));
-    EXPECT_EQ(1UL, failEachRequestOn(blanks, model::trim(blanks, true, true),
+    EXPECT_EQ(0UL, failEachRequestOn(blanks, model::trim(blanks, true, true),
                                      [](OCAnsiString& s) { s.trim(); }));
+    EXPECT_TRUE(noexcept(std::declval<OCAnsiString&>().left(1)));
+    EXPECT_TRUE(noexcept(std::declval<OCAnsiString&>().trimLeft()));
+    EXPECT_TRUE(noexcept(std::declval<OCAnsiString&>().trimRight()));
+    EXPECT_TRUE(noexcept(std::declval<OCAnsiString&>().trim()));
+}
+
+TEST(AnsiString, AssigningAShorterPartOfItselfMayFail) {
+    const std::string start = pattern(1000);
+    EXPECT_EQ(1UL, failEachRequestOn(start, start.substr(300, 200),
+                                     [](OCAnsiString& s) { s.assign(s.getString() + 300, 200); }));
 }
 
 TEST(AnsiString, ShorteningToAShortTextCannotFail) {
@@ -1878,9 +1891,9 @@ TEST(AnsiString, AReplacementThatFailsLeavesTheString) {
             for (OEStringCase sense : {StringCaseSensitive, StringCaseInsensitive}) {
                 const std::string expected =
                     model::replace(start, "b", to, sense == StringCaseSensitive);
-                const bool heap =
-                    expected.size() > 127 && capacityOf(expected.size()) != capacityOf(count);
-                EXPECT_EQ(heap ? 1UL : 0UL,
+                const bool grows =
+                    expected.size() > 127 && capacityOf(expected.size()) > capacityOf(count);
+                EXPECT_EQ(grows ? 1UL : 0UL,
                           failEachRequestOn(start, expected,
                                             [&](OCAnsiString& s) { s.replace("b", to, sense); }));
             }

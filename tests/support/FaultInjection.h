@@ -98,6 +98,30 @@ unsigned long failEachRequest(Operation operation) {
     return failEachRequest(std::move(operation), [] {});
 }
 
+/// Does so with a subject that `make` returns anew for each run, and calls `check(subject, failed)`
+/// after each.
+template<class Make, class Operation, class Check>
+unsigned long failEachRequestOn(Make make, Operation operation, Check check) {
+    unsigned long failures = 0;
+    bool triggered = true;
+    for (unsigned long number = 1; triggered; ++number) {
+        auto subject = make();
+        bool failed = false;
+        {
+            HeapFault fault(number);
+            try {
+                operation(subject);
+            } catch (const OXMemory_AllocationError&) {
+                failed = true;
+            }
+            triggered = fault.triggered();
+        }
+        failures += failed;
+        check(subject, failed);
+    }
+    return failures;
+}
+
 /// The blocks that `operation` leaves behind: 0 when it gives back all that it takes.
 template<class Operation>
 long blocksLeftBy(Operation operation) {
