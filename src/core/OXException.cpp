@@ -2,6 +2,8 @@
 
 #include "OCMemory.h"
 
+#include <utility>
+
 namespace {
 
 void put(char*& to, const char* text, unsigned long count) {
@@ -38,7 +40,14 @@ OXAutoException::OXAutoException() : details(StringListCaseInsensitive, StringLi
 
 OXAutoException::OXAutoException(const OXAutoException& other) = default;
 
-OXAutoException& OXAutoException::operator=(const OXAutoException& other) = default;
+OXAutoException& OXAutoException::operator=(const OXAutoException& other) {
+    OCAnsiString newName(other.className);
+    OCAnsiString newMessage(other.message);
+    details = other.details;
+    className = std::move(newName);
+    message = std::move(newMessage);
+    return *this;
+}
 
 OXAutoException::~OXAutoException() noexcept = default;
 

@@ -65,6 +65,9 @@ TEST(AllocationSweep, Vector) {
     full("assign to an empty one", [](OCVector& v) { OCVector().assign(v); });
     full("getElement behind",
          [](OCVector& v) { sweep::refused<OXVector_NoSuchIndex>([&] { v.getElement(64); }); });
+    full("getElement behind, of what does not change", [](const OCVector& v) {
+        sweep::refused<OXVector_NoSuchIndex>([&] { v.getElement(64); });
+    });
     full("setElement behind", [](OCVector& v) {
         sweep::refused<OXVector_NoSuchIndex>([&] { v.setElement(64, other); });
     });
@@ -82,6 +85,7 @@ TEST(AllocationSweep, Vector) {
     const sweep::Operations larger([] { return vectorOf(65); }, seenVector);
     larger("assign", [&](OCVector& v) { v.assign(*filled); });
     larger("=", [&](OCVector& v) { v = *filled; });
+    larger("clear", [](OCVector& v) { v.clear(); });
     larger("removeElement", [](OCVector& v) { v.removeElement(7); });
     larger("removeElements", [](OCVector& v) { v.removeElements(1, 60); });
     larger("setCount, less", [](OCVector& v) { v.setCount(64); });
@@ -127,6 +131,7 @@ TEST(AllocationSweep, Stack) {
     stack("copy", [&](auto&) { OCStack copy(*filled); });
     stack("assign", [&](OCStack& s) { s.assign(*filled); });
     stack("=", [&](OCStack& s) { s = *filled; });
+    stack("clear", [](OCStack& s) { s.clear(); });
     stack("pop", [](OCStack& s) { s.pop(); });
     const sweep::Operations full([] { return stackOf(64); },
                                  [](const OCStack& s) { return std::to_string(s.getCount()); });
@@ -139,6 +144,9 @@ TEST(AllocationSweep, Stack) {
     const sweep::Operations empty([] { return stackOf(0); }, seenStack);
     empty.managing("top of nothing",
                    [](OCStack& s) { sweep::refused<OXStack_UnderflowError>([&] { s.top(); }); });
+    empty.managing("top of nothing, of what does not change", [](const OCStack& s) {
+        sweep::refused<OXStack_UnderflowError>([&] { s.top(); });
+    });
     empty.managing("pop of nothing",
                    [](OCStack& s) { sweep::refused<OXStack_UnderflowError>([&] { s.pop(); }); });
 }
@@ -246,6 +254,9 @@ void sweepList(OEStringListMode mode) {
     full("getString behind", [](OCStringList& l) {
         sweep::refused<OXStringList_NoSuchIndex>([&] { l.getString(64); });
     });
+    full("getString behind, of what does not change", [](const OCStringList& l) {
+        sweep::refused<OXStringList_NoSuchIndex>([&] { l.getString(64); });
+    });
     full("setCount", [](OCStringList& l) { l.setCount(65); });
     full("exportString", [](OCStringList& l) { OCStringListUtilities::exportString(l); });
     full("importString", [&](OCStringList& l) { OCStringListUtilities::importString(l, lines); });
@@ -285,6 +296,15 @@ void sweepList(OEStringListMode mode) {
         "setCount, less", [](OCStringList& l) { l.setCount(64); },
         [](State before, State after, State) {
             EXPECT_EQ(before.substr(0, before.size() - 4) + "(null),", after);
+        });
+    larger.leaving(
+        "clear", [](OCStringList& l) { l.clear(); },
+        [](State, State after, State) {
+            std::string nulls;
+            for (int i = 0; i < 65; ++i)
+                nulls += "(null),";
+            ASSERT_LE(nulls.size(), after.size());
+            EXPECT_EQ(nulls, after.substr(after.size() - nulls.size()));
         });
     const sweep::Operations withNull(
         [=] {
@@ -403,12 +423,24 @@ void sweepNamed(OENamedListMode mode) {
         list("getElement behind", [](OCNamedList& l) {
             sweep::refused<OXNamedList_NoSuchIndex>([&] { l.getElement(64); });
         });
+        list("getElement behind, of what does not change", [](const OCNamedList& l) {
+            sweep::refused<OXNamedList_NoSuchIndex>([&] { l.getElement(64); });
+        });
+        list("getName behind", [](OCNamedList& l) {
+            sweep::refused<OXNamedList_NoSuchIndex>([&] { l.getName(64); });
+        });
+        list("getValue behind", [](OCNamedList& l) {
+            sweep::refused<OXNamedList_NoSuchIndex>([&] { l.getValue(64UL); });
+        });
         list("getValue of none", [](OCNamedList& l) {
             sweep::refused<OXNamedList_NoSuchName>([&] { l.getValue(missing); });
         });
         list("getValue of none with another",
              [](OCNamedList& l) { l.getValue(missing, longText); });
     }
+    const sweep::Operations many([=] { return namedOf(65, mode); },
+                                 [](const OCNamedList& l) { return seenNamed(l); });
+    many.managing("clear", [](OCNamedList& l) { l.clear(); });
     struct Removed {
         explicit Removed(OENamedListMode mode)
             : list(namedOf(65, mode)), taken(&list->getElement(7)) {}
@@ -473,9 +505,37 @@ TEST(AllocationSweep, StringTable) {
     table("getRow of no row", [](OCStringTable& t) {
         sweep::refused<OXStringTableRowList_UnassignedObject>([&] { t.getRows().getRow(64); });
     });
+    table("getRow of no row, of what does not change", [](const OCStringTable& t) {
+        sweep::refused<OXStringTableRowList_UnassignedObject>([&] { t.getRows().getRow(64); });
+    });
+    table("getString of no row, of what does not change", [](const OCStringTable& t) {
+        sweep::refused<OXStringTableRowList_UnassignedObject>([&] { t.getString(64, 0); });
+    });
+    table("row getString", [](OCStringTable& t) {
+        sweep::refused<OXStringTableRow_UnassignedObject>(
+            [&] { t.getRows().getRow(3).getString(1); });
+    });
+    table("row getString, of what does not change", [](const OCStringTable& t) {
+        sweep::refused<OXStringTableRow_UnassignedObject>(
+            [&] { t.getRows().getRow(3).getString(1); });
+    });
+    table("rows addString", [](OCStringTable& t) { t.getRows().addString(longText, true); });
+    table("rows setString", [](OCStringTable& t) { t.getRows().setString(100, 3, longText); });
     table("row addString", [](OCStringTable& t) { t.getRows().getRow(63).addString(longText); });
     table("row setString",
           [](OCStringTable& t) { t.getRows().getRow(63).setString(64, longText); });
+}
+
+TEST(AllocationSweep, ClearingTables) {
+    const sweep::Operations table(
+        [] {
+            auto made = std::make_unique<OCStringTable>();
+            made->setString(64, 64, "last");
+            return made;
+        },
+        [](const OCStringTable& t) { return std::to_string(t.getRowCount()); });
+    table.managing("clear", [](OCStringTable& t) { t.clear(); });
+    table.managing("rows clear", [](OCStringTable& t) { t.getRows().clear(); });
 }
 
 std::string seenBuffer(const OCMemoryBuffer& buffer) {
@@ -498,6 +558,9 @@ TEST(AllocationSweep, MemoryBuffer) {
             memoryFill(b.getData(), 3000, 'x');
         });
         buffer("[] behind", [](OCMemoryBuffer& b) {
+            sweep::refused<OXMemoryBuffer_NoSuchIndex>([&] { b[2000]; });
+        });
+        buffer("[] behind, of what does not change", [](const OCMemoryBuffer& b) {
             sweep::refused<OXMemoryBuffer_NoSuchIndex>([&] { b[2000]; });
         });
         if (size == 2000) {

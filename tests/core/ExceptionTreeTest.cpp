@@ -1,7 +1,7 @@
 // Every exception class of the library, with the texts that handlers may rely on.
 
 #include "orvabase.h"
-#include "support/FaultInjection.h"
+#include "support/AllocationSweep.h"
 #include "support/Slots.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <regex>
 #include <set>
 #include <string>
@@ -87,10 +86,9 @@ void expectLeaf(const char* name, const char* message, Arguments... arguments) {
     leaf = copy;
     EXPECT_EQ(copy.getMessage(), leaf.getMessage());
 
-    const long blocks = fault::heapRecord().liveBlocks;
-    { const std::unique_ptr<OXException> made(new Leaf(arguments...)); }
-    fault::failEachRequest([&] { const Leaf made(arguments...); });
-    EXPECT_EQ(blocks, fault::heapRecord().liveBlocks);
+    const auto make = sweep::results();
+    make("construction", [&](auto&) { delete new Leaf(arguments...); });
+    make("copy", [&](auto&) { delete new Leaf(leaf); });
 }
 
 void expectAllFamilies() {

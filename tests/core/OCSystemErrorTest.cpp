@@ -1,4 +1,5 @@
 #include "OCSystemError.h"
+#include "support/AllocationSweep.h"
 
 #include <gtest/gtest.h>
 
@@ -70,6 +71,12 @@ TEST(OCSystemError, IsEmptyWhenTheSystemGivesNoText) {
 TEST(OCSystemError, TakesALongText) {
     const SystemAnswers text(Answer::Long);
     EXPECT_EQ(OCAnsiString(std::string(1023, 'x').c_str()), systemErrorText(ENOENT));
+}
+
+TEST(OCSystemError, ALongTextNeedsMemory) {
+    const SystemAnswers text(Answer::Long);
+    sweep::results()("systemErrorText", [](auto&) { systemErrorText(ENOENT); });
+    sweep::results()("systemErrorText of errno", [](auto&) { systemErrorText(); });
 }
 
 TEST(OCSystemError, LeavesErrnoAlone) {

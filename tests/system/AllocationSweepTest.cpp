@@ -23,23 +23,69 @@ namespace {
 const std::string run(200, 'n');
 const OCAnsiString longText(run.c_str());
 
+auto paths(const std::string& text) {
+    return sweep::Operations([text] { return std::make_unique<OCFilePath>(text.c_str()); },
+                             [](const OCFilePath& p) { return sweep::seen(p); });
+}
+
 TEST(AllocationSweep, FilePath) {
     const OCFilePath whole(("C:\\" + run + "\\" + run + "." + run).c_str());
-    const sweep::Operations path([&] { return std::make_unique<OCFilePath>(whole); },
-                                 [](const OCFilePath& p) { return sweep::seen(p); });
-    path("construction", [&](auto&) { OCFilePath(whole.getString()); });
-    path("copy", [&](auto&) { OCFilePath copy(whole); });
-    path("new", [](auto&) { delete new OCFilePath; });
-    path("extractFilename", [](OCFilePath& p) { p.extractFilename(); });
-    path("removeFilename", [](OCFilePath& p) { p.removeFilename(); });
-    path("changeFilename",
-         [](OCFilePath& p) { p.changeFilename(OCAnsiString(longText + longText)); });
-    path("extractExtension", [](OCFilePath& p) { p.extractExtension(); });
-    path("removeExtension", [](OCFilePath& p) { p.removeExtension(); });
-    path("changeExtension", [](OCFilePath& p) { p.changeExtension(longText + longText); });
-    path("extractFirstDirectory", [](OCFilePath& p) { p.extractFirstDirectory(); });
-    path("removeFirstDirectory", [](OCFilePath& p) { p.removeFirstDirectory(); });
-    path("removeLastDirectory", [](OCFilePath& p) { p.removeLastDirectory(); });
+    const auto make = sweep::results();
+    make("construction", [&](auto&) { OCFilePath(whole.getString()); });
+    make("of a string", [](auto&) { OCFilePath made(longText); });
+    make("copy", [&](auto&) { OCFilePath copy(whole); });
+    make("new", [](auto&) { delete new OCFilePath; });
+    const auto path = paths(whole.getString());
+    path("=", [](OCFilePath& p) { p = OCFilePath(longText); });
+    const auto filled = paths(std::string(255, 'n')); // which fill a block
+    for (const auto system : {FilePathSystemAutomatic, FilePathSystemUnix, FilePathSystemWindows}) {
+        filled("addLeadingSlash", [=](OCFilePath& p) { p.addLeadingSlash(system); });
+        filled("addTrailingSlash", [=](OCFilePath& p) { p.addTrailingSlash(system); });
+    }
+    filled("addLeadingPeriod", [](OCFilePath& p) { p.addLeadingPeriod(); });
+    const OCAnsiString longer(longText + longText);
+    path("changeFilename", [&](OCFilePath& p) { p.changeFilename(longer); });
+    path("changeFilenameClassic", [&](OCFilePath& p) { p.changeFilenameClassic(longer); });
+    path("changeExtension", [&](OCFilePath& p) { p.changeExtension(longer); });
+    path("changeExtensionClassic", [&](OCFilePath& p) { p.changeExtensionClassic(longer); });
+    const auto network = paths("//" + run + "/" + run + "/" + run + "." + run);
+    network("changeFilenameUniversal", [&](OCFilePath& p) { p.changeFilenameUniversal(longer); });
+    network("changeExtensionUniversal", [&](OCFilePath& p) { p.changeExtensionUniversal(longer); });
+}
+
+TEST(AllocationSweep, FilePathsThatGetShorter) {
+    // There may be no smaller block to be had, but there is one already.
+    const auto slashes = paths("/" + std::string(254, 'n') + "/");
+    slashes.managing("removeLeadingSlash", [](OCFilePath& p) { p.removeLeadingSlash(); });
+    slashes.managing("removeTrailingSlash", [](OCFilePath& p) { p.removeTrailingSlash(); });
+    const std::string rest = "\\" + run + "\\" + run + "." + run;
+    const auto classic = paths("C:" + std::string(400, 'n') + rest);
+    const auto drive = paths(std::string(150, 'C') + ":" + rest);
+    drive.managing("extractDrive", [](OCFilePath& p) { p.extractDrive(); });
+    drive.managing("extractDriveClassic", [](OCFilePath& p) { p.extractDriveClassic(); });
+    drive.managing("removeDrive", [](OCFilePath& p) { p.removeDrive(); });
+    drive.managing("removeDriveClassic", [](OCFilePath& p) { p.removeDriveClassic(); });
+    drive.managing("extractFirstDirectory", [](OCFilePath& p) { p.extractFirstDirectory(); });
+    drive.managing("removeFirstDirectory", [](OCFilePath& p) { p.removeFirstDirectory(); });
+    classic.managing("removeLastDirectory", [](OCFilePath& p) { p.removeLastDirectory(); });
+    classic.managing("extractFilename", [](OCFilePath& p) { p.extractFilename(); });
+    classic.managing("extractFilenameClassic", [](OCFilePath& p) { p.extractFilenameClassic(); });
+    classic.managing("removeFilename", [](OCFilePath& p) { p.removeFilename(); });
+    classic.managing("removeFilenameClassic", [](OCFilePath& p) { p.removeFilenameClassic(); });
+    classic.managing("extractExtension", [](OCFilePath& p) { p.extractExtension(); });
+    classic.managing("extractExtensionClassic", [](OCFilePath& p) { p.extractExtensionClassic(); });
+    classic.managing("removeExtension", [](OCFilePath& p) { p.removeExtension(); });
+    classic.managing("removeExtensionClassic", [](OCFilePath& p) { p.removeExtensionClassic(); });
+    const auto network = paths("//" + run + "/" + run + "/" + run + "." + run);
+    network.managing("extractDriveUniversal", [](OCFilePath& p) { p.extractDriveUniversal(); });
+    network.managing("removeDriveUniversal", [](OCFilePath& p) { p.removeDriveUniversal(); });
+    network.managing("extractFilenameUniversal",
+                     [](OCFilePath& p) { p.extractFilenameUniversal(); });
+    network.managing("removeFilenameUniversal", [](OCFilePath& p) { p.removeFilenameUniversal(); });
+    network.managing("extractExtensionUniversal",
+                     [](OCFilePath& p) { p.extractExtensionUniversal(); });
+    network.managing("removeExtensionUniversal",
+                     [](OCFilePath& p) { p.removeExtensionUniversal(); });
 }
 
 TEST(AllocationSweep, FileSystem) {
