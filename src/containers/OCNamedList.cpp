@@ -3,6 +3,7 @@
 #include "OCMemory.h"
 #include "OCStringConversion.h"
 #include "containers/OCQuickSort.h"
+#include "containers/SortedSearch.h"
 
 #include <algorithm>
 #include <memory>
@@ -342,17 +343,16 @@ private:
     /// The index where a binary search in `count` elements ends that looks for the `equals` ones
     /// from `first` on.
     static unsigned long meet(unsigned long count, unsigned long first, unsigned long equals) {
-        unsigned long low = 0;
-        unsigned long high = count;
-        for (;;) {
-            const unsigned long middle = low + (high - 1 - low) / 2;
-            if (middle < first)
-                low = middle + 1;
-            else if (middle >= first + equals)
-                high = middle;
-            else
-                return middle;
-        }
+        unsigned long met = first;
+        orvabase::searchSorted(
+            count,
+            [=](unsigned long i) {
+                if (i < first)
+                    return CompareResultLess;
+                return i < first + equals ? CompareResultEqual : CompareResultGreater;
+            },
+            [](unsigned long) {}, met);
+        return met;
     }
 
     void placeSorted() {
@@ -435,26 +435,9 @@ bool OCNamedList::indexOfSorted(const OCAnsiString& name, unsigned long& index) 
     const auto named = [slots](unsigned long i) -> const OCAnsiString& {
         return static_cast<const OCNamedElement*>(slots[i])->name;
     };
-    unsigned long low = 0;
-    unsigned long high = getCount();
-    while (low < high) {
-        // The middle of `low` and the last index, which is one below `high`.
-        const unsigned long middle = low + (high - 1 - low) / 2;
-        // The two that may be looked at next are fetched meanwhile.
-        fetchName(named(low + (middle - low) / 2));
-        fetchName(named(middle + (high - middle) / 2));
-        const OECompareResult result = named(middle).compare(name, sense);
-        if (result == CompareResultEqual) {
-            index = middle;
-            return true;
-        }
-        if (result == CompareResultLess)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    index = low;
-    return false;
+    return orvabase::searchSorted(
+        getCount(), [&](unsigned long i) { return named(i).compare(name, sense); },
+        [&](unsigned long i) { fetchName(named(i)); }, index);
 }
 
 bool OCNamedList::indexOfUnsorted(const OCAnsiString& name, unsigned long& index) const {

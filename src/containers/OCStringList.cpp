@@ -5,6 +5,7 @@
 #include "OCStringConversion.h"
 #include "OCStringUtilities.h"
 #include "containers/OCQuickSort.h"
+#include "containers/SortedSearch.h"
 #include "core/OCKernels.h"
 
 #include <algorithm>
@@ -377,28 +378,13 @@ bool OCStringList::indexOfSorted(const OCAnsiString& text, unsigned long& index)
 bool OCStringList::search(const OCAnsiString& text, unsigned long& index,
                           unsigned long skipped) const {
     const OEStringCase sense = getSense();
-    unsigned long low = 0;
-    unsigned long high = strings.getCount() - (skipped == notSkipped ? 0 : 1);
-    while (low < high) {
-        // The middle of `low` and the last index, which is one below `high`.
-        const unsigned long middle = low + (high - 1 - low) / 2;
-        const OCAnsiString* const string =
-            stringIn(strings, middle < skipped ? middle : middle + 1);
-        fetchText(stringIn(strings, low + (middle - low) / 2));
-        fetchText(stringIn(strings, middle + 1 + (high - middle - 1) / 2));
-        const OECompareResult result =
-            string == nullptr ? CompareResultLess : string->compare(text, sense);
-        if (result == CompareResultEqual) {
-            index = middle;
-            return true;
-        }
-        if (result == CompareResultLess)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    index = low;
-    return false;
+    const auto orderAt = [&](unsigned long i) {
+        const OCAnsiString* const string = stringIn(strings, i < skipped ? i : i + 1);
+        return string == nullptr ? CompareResultLess : string->compare(text, sense);
+    };
+    const auto fetchAt = [&](unsigned long i) { fetchText(stringIn(strings, i)); };
+    return orvabase::searchSorted(strings.getCount() - (skipped == notSkipped ? 0 : 1), orderAt,
+                                  fetchAt, index);
 }
 
 bool OCStringList::indexOfUnsorted(const OCAnsiString& text, unsigned long& index) const {
