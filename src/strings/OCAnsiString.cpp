@@ -450,15 +450,11 @@ OCAnsiString& OCAnsiString::insertText(unsigned long position, const OCAnsiStrin
     const unsigned long count = text.length;
     const unsigned long tail = length - position;
     const unsigned long n = sum(length, count);
-    const bool self = this == &text;
     if (n >= capacity)
         changeCapacity(n);
+    // The string itself is still whole at the front then: its tail moves behind its end.
     stringCopy(data + position + count, data + position, tail);
-    if (self) { // its two halves lie on both sides of the gap now
-        stringCopy(data + position, data, position);
-        stringCopy(data + position + position, data + position + count, tail);
-    } else
-        stringCopy(data + position, text.data, count);
+    stringCopy(data + position, text.data, count);
     return endAt(n);
 }
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <random>
@@ -73,6 +74,23 @@ TEST(OCVector, HoldsFourFields) {
     EXPECT_EQ(2u, slots::slotCount<OCVectorUtilities>());
     EXPECT_TRUE(std::is_nothrow_destructible_v<OCVectorUtilities>);
     EXPECT_FALSE(std::is_copy_constructible_v<OCVectorUtilities>);
+}
+
+TEST(OCVector, KeepsTheOrderOfItsFields) {
+    OCObject first;
+    OCVector vector;
+    vector.addElement(first);
+    vector.addElement(first);
+    vector.setBlockSize(7);
+    vector.setCapacity(5);
+    unsigned long fields[5];
+    std::memcpy(fields, static_cast<const void*>(&vector), sizeof fields);
+    OCObject* element;
+    std::memcpy(&element, reinterpret_cast<const void*>(fields[1]), sizeof element);
+    EXPECT_EQ(&first, element);
+    EXPECT_EQ(7u, fields[2]); // the block size
+    EXPECT_EQ(5u, fields[3]); // the capacity
+    EXPECT_EQ(2u, fields[4]); // the count
 }
 
 TEST(OCVector, ANewOneHasNoArray) {
@@ -543,6 +561,11 @@ TEST(OCVector, AssigningItselfChangesNothing) {
     vector = alias;
     EXPECT_EQ((Numbers{0, 1, 2, 3, 4}), numbers(vector));
     EXPECT_EQ(7u, vector.getBlockSize());
+    vector.setCapacity(6); // less than the block that a copy would have
+    vector.assign(alias);
+    EXPECT_EQ((Numbers{0, 1, 2, 3, 4}), numbers(vector));
+    EXPECT_EQ(7u, vector.getBlockSize());
+    EXPECT_EQ(6u, vector.getCapacity());
 }
 
 // Exhausted memory

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -38,6 +39,18 @@ TEST(OXAutoException, HoldsItsThreeTexts) {
     EXPECT_EQ(8 + sizeof(OCAnsiString) * 2 + sizeof(OCStringList), sizeof(OXAutoException));
     EXPECT_EQ(400u, sizeof(OXAutoException));
     EXPECT_EQ(400u, sizeof(OXProbe_Failure));
+}
+
+TEST(OXAutoException, KeepsTheOrderOfItsFields) {
+    const OXProbe_Failure failure;
+    const char* const object = reinterpret_cast<const char*>(&failure);
+    unsigned long lengths[2];
+    std::memcpy(&lengths[0], object + 8 + 160, sizeof lengths[0]);
+    std::memcpy(&lengths[1], object + 8 + sizeof(OCAnsiString) + 160, sizeof lengths[1]);
+    EXPECT_EQ(failure.getClass().getLength(), lengths[0]);
+    EXPECT_EQ(failure.getMessage().getLength(), lengths[1]);
+    EXPECT_EQ(object + 8 + 2 * sizeof(OCAnsiString),
+              reinterpret_cast<const char*>(&failure.getDetails()));
 }
 
 TEST(OXAutoException, CanBeMadeAloneAndItsFamiliesCannot) {
@@ -103,6 +116,7 @@ TEST(OXAutoException, DetailsMayHoldZeroBytes) {
 TEST(OXAutoException, TextsCanBeReplaced) {
     OXProbe_Failure failure;
     failure.setClass("OXOther");
+    EXPECT_EQ(OCAnsiString("The probe failed"), failure.getMessage());
     failure.setMessage("Something else");
     failure.getDetails().clear();
     EXPECT_EQ(OCAnsiString("OXOther"), failure.getClass());

@@ -1319,6 +1319,7 @@ TEST(AnsiString, FindsCharacters) {
     EXPECT_FALSE(s.contains('x'));
     EXPECT_TRUE(OCAnsiString("X").contains('x', StringCaseInsensitive));
     EXPECT_FALSE(OCAnsiString("X").contains('x', StringCaseSensitive));
+    EXPECT_FALSE(OCAnsiString("X").contains('x'));
     EXPECT_TRUE(OCAnsiString("a\0b", 3).contains('\0'));
     EXPECT_FALSE(OCAnsiString("ab").contains('\0'));
 }

@@ -1016,6 +1016,7 @@ TEST(WideString, FindsTheFirstOccurrenceOfAText) {
     EXPECT_TRUE(s.indexOf(L"NAN", position, StringCaseInsensitive));
     EXPECT_EQ(2UL, position);
     EXPECT_FALSE(s.indexOf(L"NAN", position, StringCaseSensitive));
+    EXPECT_FALSE(s.indexOf(L"NAN", position));
     EXPECT_FALSE(s.indexOf(L"nab", position));
     EXPECT_FALSE(s.indexOf(L"bananas", position));
     EXPECT_EQ(2UL, position);
