@@ -89,6 +89,10 @@ void expectLeaf(const char* name, const char* message, Arguments... arguments) {
     const auto make = sweep::results();
     make("construction", [&](auto&) { delete new Leaf(arguments...); });
     make("copy", [&](auto&) { delete new Leaf(leaf); });
+    make("=", [&](auto&) {
+        Leaf target(leaf);
+        target = copy;
+    });
 }
 
 void expectAllFamilies() {

@@ -176,6 +176,20 @@ TEST(AllocationSweep, ApplicationArguments) {
     list("appendOptionShort", [](auto& l) { l.appendOptionShort("v", longText); });
     list("appendOptionLong", [](auto& l) { l.appendOptionLong(longText, longText); });
     list("appendMiscellaneous", [](auto& l) { l.appendMiscellaneous(longText); });
+    std::string program = "program";
+    std::string word = option;
+    list("assign of words", [&](auto& l) {
+        char* words[] = {program.data(), word.data(), nullptr};
+        l.assign(2, words);
+    });
+    list("splitOptionLong", [&](auto& l) {
+        OCAnsiString name;
+        OCAnsiString value;
+        l.splitOptionLong(longOption, name, value);
+    });
+    list("getArgument behind, of what does not change", [](const OCApplicationArgumentList& l) {
+        sweep::refused<OXVector_NoSuchIndex>([&] { l.getArgument(64); });
+    });
     list("getArgument behind",
          [](auto& l) { sweep::refused<OXVector_NoSuchIndex>([&] { l.getArgument(64); }); });
     const sweep::Operations argument([] { return std::make_unique<OCApplicationArgument>(); },
@@ -199,6 +213,7 @@ TEST(AllocationSweep, ChildProcess) {
                                     });
     process("setExecutionFilename", [&](Process& p) { p.process.setExecutionFilename(path); });
     process("setExecutionDirectory", [&](Process& p) { p.process.setExecutionDirectory(path); });
+    process("context", [](Process& p) { OCChildProcessContext context(p.process); });
     process("new", [](auto&) { delete new OCChildProcess; });
 }
 
