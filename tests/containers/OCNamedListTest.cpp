@@ -290,6 +290,9 @@ TEST(OCNamedList, ValuesAreFoundByName) {
         EXPECT_EXCEPTION(list.getValue(""), OXNamedList_NoSuchName,
                          "Named element does not exist ()");
     }
+    // The name is told as it was given.
+    EXPECT_EXCEPTION(sortedInsensitive().getValue("Shell"), OXNamedList_NoSuchName,
+                     "Named element does not exist (Shell)");
 }
 
 TEST(OCNamedList, SetValueChangesTheNameThatIsThere) {

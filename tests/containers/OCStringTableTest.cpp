@@ -163,6 +163,7 @@ TEST(OCStringTable, WithoutRowsNoCellCanBeAdded) {
 
 TEST(OCStringTable, ClearDeletesEverything) {
     OCStringTable table;
+    const OCStringTableRowList& rows = table.getRows();
     // What is left is the array for the first rows to come.
     EXPECT_EQ(1, fault::blocksLeftBy([&] {
                   for (unsigned long i = 0; i < 200; ++i)
@@ -173,6 +174,9 @@ TEST(OCStringTable, ClearDeletesEverything) {
     EXPECT_FALSE(table.hasString(0, 0));
     table.addString("x", true);
     EXPECT_EQ("[x]", shape(table));
+    // The list of rows is the same one all the time.
+    EXPECT_EQ(&rows, &table.getRows());
+    EXPECT_EQ("[x]", shape(rows));
 }
 
 TEST(OCStringTable, ClearingCannotFail) {

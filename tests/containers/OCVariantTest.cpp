@@ -386,6 +386,16 @@ TEST(OCVariantData, ClearDeletesTheObjectOfAType) {
     EXPECT_EQ(1, deletions);
 }
 
+TEST(OCVariantData, ClearTakesATypeWithoutAnObject) {
+    for (const int type : {1, 4, 6, 99, -1}) {
+        OCVariantData data;
+        data.setType(static_cast<OEVariantType>(type));
+        data.clear();
+        EXPECT_EQ(VariantTypeUnassigned, data.getType());
+        EXPECT_EQ(nullptr, data.getObject());
+    }
+}
+
 TEST(OCVariantData, ExceptionsOfDestructorsAreDropped) {
     OCVariantData data;
     data.setObject(new Thrower);
@@ -425,6 +435,10 @@ TEST(OCVariantData, AssignReplacesWhatWasHeld) {
     data = OCVariantData();
     EXPECT_EQ(VariantTypeUnassigned, data.getType());
     EXPECT_EQ(nullptr, data.getObject());
+    // An object without a type, too.
+    data.setObject(new Tracer(deletions));
+    data = other;
+    EXPECT_EQ(2, deletions);
 }
 
 TEST(OCVariantData, AssignedToItselfItStaysAsItIs) {

@@ -394,6 +394,30 @@ TEST(OCHtmlParser, CanBeUsedAgainAndWithinAnEvent) {
               f.log);
 }
 
+TEST(OCHtmlParser, DeliversToTheEventsThatWereSetLastAlsoWithinAParse) {
+    Log log;
+    Log otherLog;
+    LoggingEvents events(log);
+    LoggingEvents other(otherLog);
+    other.errorsReturn = true;
+    LoggingStream stream("<a b/>c<");
+    OCHtmlParser parser;
+    parser.setParserEvents(events);
+    events.at = [&](const std::string& event) {
+        if (event == "start a" || event == "end a")
+            parser.setParserEvents(other);
+    };
+    other.at = [&](const std::string& event) {
+        if (event == "complete a")
+            parser.setParserEvents(events);
+    };
+    parser.parse(stream);
+    EXPECT_EQ((Log{"documentStart", "start a", "end a"}), log);
+    EXPECT_EQ((Log{"attribute b=", "complete a", "text c", "error 5", "start ", "error 4",
+                   "documentEnd"}),
+              otherLog);
+}
+
 // The grammar operations
 
 TEST(OCHtmlParser, RecognisesOneConstructAtATime) {

@@ -123,6 +123,7 @@ TEST(OCResourceLocator, ReadsWhatIsThere) {
     EXPECT_EQ("web||0|\\\\srv|", parsed("web:\\\\srv"));
     EXPECT_EQ("||0|a|", parsed("a?"));
     EXPECT_EQ("||0|a b|", parsed("a b"));
+    EXPECT_EQ("Web|Srv|0|/A/b|X=Y", parsed("Web://Srv/A/b?X=Y"));
 }
 
 TEST(OCResourceLocator, TheFirstQuestionMarkStartsTheParameters) {

@@ -650,6 +650,34 @@ TEST(OCXmlWriter, WritesTheSameLinesWithoutIndentation) {
     EXPECT_EQ("<?xml version=\"1.0\"?>\r\n<a>\r\nx\r\n<b/>\r\n</a>\r\n", f.stream.data);
 }
 
+TEST(OCXmlWriter, IndentsNothingFromWhereIndentationIsTurnedOff) {
+    Fixture f;
+    f.writer.startElement(L"a");
+    f.writer.startElement(L"b");
+    f.writer.startElement(L"c");
+    f.output.setIndent(false);
+    f.writer.characterData(L"x\ny");
+    f.writer.startElement(L"d");
+    f.writer.endElement();
+    f.writer.emptyElement(L"e");
+    f.writer.endElement();
+    f.output.setIndent(true); // still at the depth of what is in "c"
+    f.writer.endElement();
+    f.writer.endElement();
+    EXPECT_EQ("<a>\r\n"
+              "  <b>\r\n"
+              "    <c>\r\n"
+              "x\r\n"
+              "y\r\n"
+              "<d>\r\n"
+              "</d>\r\n"
+              "<e/>\r\n"
+              "</c>\r\n"
+              "    </b>\r\n"
+              "  </a>\r\n",
+              f.stream.data);
+}
+
 TEST(OCXmlWriter, WritesWideCharacters) {
     Fixture f(XmlEncodingWide);
     f.writer.startElement(L"a");

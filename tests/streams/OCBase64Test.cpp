@@ -273,6 +273,47 @@ TEST(OCBase64EncoderWriter, BreaksLinesAndWritesAsItGoes) {
     EXPECT_EQ(stream.data, line + "\r\nabcd");
 }
 
+TEST(OCBase64EncoderWriter, ABlockThatIsRefusedDoesNotCountForItsLine) {
+    RecordingStream stream;
+    stream.writes = {{1, 1, Outcome::Refuse}};
+    {
+        OCBase64EncoderWriter writer(stream);
+        for (int i = 0; i < 62 * 16; ++i)
+            writer.writeBlock("abcd");
+        // Its last character is the 4096th.
+        EXPECT_THROW(writer.writeBlock("efgh"), OXStream_WriteError);
+        for (int i = 0; i < 17; ++i)
+            writer.writeBlock("abcd");
+    }
+    std::string line;
+    for (int i = 0; i < 16; ++i)
+        line += "abcd";
+    std::string lines;
+    for (int i = 0; i < 62; ++i)
+        lines += line + "\r\n";
+    EXPECT_EQ(stream.data, lines + "efgh" + line + "\r\nabcd");
+}
+
+TEST(OCBase64EncoderWriter, ALineEndThatIsRefusedIsWrittenAgainBehindTheNextBlock) {
+    // The end of line 2048 is the first that fills the buffer, for the 33rd time.
+    RecordingStream stream;
+    stream.recording = false;
+    stream.writes = {{33, 33, Outcome::Refuse}};
+    {
+        OCBase64EncoderWriter writer(stream);
+        for (int i = 0; i < 2048 * 16 - 1; ++i)
+            writer.writeBlock("abcd");
+        EXPECT_THROW(writer.writeBlock("abcd"), OXStream_WriteError);
+        for (int i = 0; i < 18; ++i)
+            writer.writeBlock("efgh");
+    }
+    ASSERT_EQ(stream.data.size(), 2048U * 66 + 4 + 2 + 64 + 2 + 4);
+    std::string line;
+    for (int i = 0; i < 16; ++i)
+        line += "efgh";
+    EXPECT_EQ(stream.data.substr(2048 * 66 - 6), "abcd\r\nefgh\r\n" + line + "\r\nefgh");
+}
+
 TEST(OCBase64Decoder, DecodesGroups) {
     EXPECT_EQ(group(&OCBase64Decoder::decode4, "TWFu"), "Man");
     EXPECT_EQ(group(&OCBase64Decoder::decode3, "TWE"), "Ma-");

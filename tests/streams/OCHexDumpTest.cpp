@@ -155,6 +155,17 @@ TEST(OCHexDump, SeparatorsMayBeAnyText) {
     EXPECT_EQ(single(dump, "ab"), std::string("61\00062", 5));
     dump.setLineSeparator("");
     EXPECT_EQ(multiple(dump, "abcdefgh").size(), 8U * 2 + 7);
+    // Long ones.
+    const std::string rule = "\n" + std::string(150, '=') + "\n";
+    dump.setLineSeparator(text(rule));
+    for (const std::string byteSeparator : {"", ":", ", "}) {
+        dump.setByteSeparator(text(byteSeparator));
+        for (const unsigned long lineLength : {0UL, 6UL, 30UL, 72UL}) {
+            dump.setLineLength(lineLength);
+            EXPECT_EQ(multiple(dump, pattern(100)),
+                      modelLines(pattern(100), byteSeparator, rule, lineLength));
+        }
+    }
 }
 
 TEST(OCHexDump, TheLongestLineIsOneLine) {

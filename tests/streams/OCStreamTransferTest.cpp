@@ -111,6 +111,13 @@ TEST(OCStreamTransfer, AnEmptySourceWritesNothing) {
     EXPECT_EQ(target.takeCalls(), Calls());
 }
 
+TEST(OCStreamTransfer, AStreamMayBeSourceAndTarget) {
+    OCMemoryStream stream("abc", 3);
+    transfer(stream, stream, 2);
+    EXPECT_EQ(stream.makeString(), "abab");
+    EXPECT_EQ(stream.getPosition(), 4U);
+}
+
 TEST(OCStreamTransfer, CanBeExecutedAgain) {
     OCMemoryStream source("ab", 2);
     OCMemoryStream other("cd", 2);

@@ -397,6 +397,35 @@ TEST(OCStringFilter, ApplicationsOverrideTheTestAndTheMask) {
     EXPECT_EQ("h\xE9\xFF\xE9", writeWide<NoVowels>({L'h', L'e', 0xFF, 0x100}));
 }
 
+/// Throws for the letter x.
+class Choking : public OCIa5StringFilter {
+public:
+    using OCIa5StringFilter::OCIa5StringFilter;
+    ~Choking() override = default;
+
+    bool validateByte(unsigned char byte) const override {
+        if (byte == 'x')
+            throw 'x';
+        return OCIa5StringFilter::validateByte(byte);
+    }
+};
+
+TEST(OCStringFilter, WhatAnApplicationsFilterThrowsPassesThrough) {
+    const Choking filter(StringFilterModeReplace);
+    RecordingStream target;
+    // What came before is written.
+    EXPECT_THROW(filter.writeAnsi(target, "abxc"), char);
+    EXPECT_EQ("ab", target.data);
+    EXPECT_THROW(filter.writeWide(target, OCWideString(L"dxe")), char);
+    EXPECT_EQ("abd", target.data);
+    // The character that it was thrown for is read.
+    RecordingStream source("abxcx");
+    EXPECT_THROW(filter.readAnsi(source), char);
+    EXPECT_EQ(3u, source.position);
+    EXPECT_THROW(filter.readWide(source), char);
+    EXPECT_EQ(5u, source.position);
+}
+
 /// Results that mean nothing, and the arguments of its operations.
 class Odd : public OCAbstractStringFilter {
 public:
