@@ -1033,6 +1033,26 @@ TEST(OCThreadPool, MakesWorkersOnlyWhileAllAreBusyAndRefusesTheJobBeyondTheMaxim
     EXPECT_EQ(task.runs, 21);
 }
 
+TEST(OCThreadPool, TheAverageSizeIsNotLookedAt) {
+    for (const unsigned int average : {0U, 1U, 4294967295U}) {
+        Task task;
+        OCThreadPoolParameters parameters = sizes(3, 5);
+        parameters.setAverageSize(average);
+        OCThreadPool pool(parameters);
+        EXPECT_EQ(pool.getWorkers().getCount(), 3U);
+        for (int i = 0; i < 5; ++i)
+            pool.execute(task.lasting());
+        EXPECT_EQ(thrown<OXThreadPool_JobRefused>([&] { pool.execute(task.lasting()); }), refused);
+        for (int i = 0; i < 5; ++i)
+            task.mayEnd.raise();
+        awaitIdle(pool);
+        pool.execute(task.quick());
+        awaitIdle(pool);
+        EXPECT_EQ(pool.getWorkers().getCount(), 5U);
+        EXPECT_EQ(pool.getParameters().getAverageSize(), average);
+    }
+}
+
 TEST(OCThreadPool, MakesItsFirstWorkerForTheFirstJob) {
     Task task;
     OCThreadPool pool(sizes(0, 1));
@@ -1738,6 +1758,7 @@ TEST(OCThreadPoolStatistics, LosesNoIdleWorkerWhateverCallFailsOnce) {
 TEST(OCThreadPoolStatistics, AWorkerThatEndsWhileItIsCountedIsNotIdleAfterwards) {
     OCThreadPool pool(sizes(1, 1));
     const OCThreadPoolStatistics statistics(pool);
+    unsigned int idle;
     {
         int locks = 0;
         Replacement locking(calls::pthread_mutex_lock, [&](pthread_mutex_t* mutex) {
@@ -1746,8 +1767,9 @@ TEST(OCThreadPoolStatistics, AWorkerThatEndsWhileItIsCountedIsNotIdleAfterwards)
                 pool.shutdown();
             return calls::pthread_mutex_lock.original(mutex);
         });
-        statistics.countIdleWorkers();
+        idle = statistics.countIdleWorkers();
     }
+    EXPECT_EQ(idle, 0U);
     EXPECT_EQ(pool.getWorkers().getWorker(0).getIdentifier(), 0U);
     EXPECT_EQ(statistics.countIdleWorkers(), 0U);
     EXPECT_FALSE(pool.getWorkers().getWorker(0).getIdleEvent().waitFor(0));
