@@ -13,8 +13,10 @@
 //     --html              writes "&amp;" between parameters; alone, it writes the locators as they
 //     are
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <orvabase.h>
 
 namespace {
@@ -23,11 +25,8 @@ const char* const edits[] = {"--set",    "--add",  "--remove",  "--protocol",
                              "--server", "--port", "--resource"};
 
 bool isEdit(const char* argument) {
-    for (const char* edit : edits) {
-        if (std::strcmp(argument, edit) == 0)
-            return true;
-    }
-    return false;
+    return std::any_of(std::begin(edits), std::end(edits),
+                       [argument](const char* edit) { return std::strcmp(argument, edit) == 0; });
 }
 
 /// `NAME=VALUE` or just `NAME`, where `%` and `+` mean themselves.

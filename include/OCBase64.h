@@ -85,7 +85,7 @@ public:
     void encode3(const char* in, char* out) const noexcept;
 
 private:
-    static void encodeRun(OCBase64EncoderReader& from, OCBase64EncoderWriter& to);
+    static void encodeRun(OCBase64EncoderReader& reader, OCBase64EncoderWriter& writer);
 };
 
 /// Reads a stream in the decoder's blocks of 4 characters, through an `OCStreamReader`.
@@ -184,7 +184,7 @@ protected:
 
 private:
     unsigned int valueOf(char c) const noexcept { return matrix[static_cast<unsigned char>(c)]; }
-    static void decodeRun(OCBase64DecoderReader& from, OCBase64DecoderWriter& to);
+    static void decodeRun(OCBase64DecoderReader& reader, OCBase64DecoderWriter& writer);
 
     unsigned char matrix[256];
 };

@@ -3,6 +3,7 @@
 
 #include "OCMutex.h"
 
+// NOLINTNEXTLINE(modernize-deprecated-headers): the one of POSIX
 #include <time.h>
 
 /// Whether an event is signalled. Other values are kept as they are; see `OCEvent`'s waits.

@@ -25,30 +25,30 @@ public:
     /// An empty stream with 8192 bytes of storage.
     /// @throws OXMemory_AllocationError (so do all constructors).
     OCMemoryStream();
-    /// A stream of `size` bytes, which have no defined value yet, at position 0.
-    explicit OCMemoryStream(unsigned long size);
-    /// A stream over a copy of `size` bytes of `data`, at position 0.
-    /// @throws OXMemoryBuffer_NullPointer when `data` is null, also for a size of 0.
-    OCMemoryStream(const void* data, unsigned long size);
+    /// A stream of `n` bytes, which have no defined value yet, at position 0.
+    explicit OCMemoryStream(unsigned long n);
+    /// A stream over a copy of `n` bytes of `data`, at position 0.
+    /// @throws OXMemoryBuffer_NullPointer when `data` is null, also when `n` is 0.
+    OCMemoryStream(const void* data, unsigned long n);
     ~OCMemoryStream() noexcept override;
 
     /// Copies up to `count` bytes from the position on; false, with `count` as it was, at the end.
-    bool read(void* buffer, unsigned long& count) override;
+    bool read(void* to, unsigned long& count) override;
     /// Moves the position, which stops at 0 and at the size: a memory stream cannot be positioned
     /// beyond its end, and no offset is an error. An unknown origin leaves the position as it is.
     unsigned long seek(long offset, OEStreamSeek origin) override;
-    /// Makes the stream `size` bytes long. Bytes that come into being have no defined value; a
+    /// Makes the stream `n` bytes long. Bytes that come into being have no defined value; a
     /// position beyond the new end moves to it. Storage grows to the next whole block and is not
     /// given back.
     /// @throws OXMemory_AllocationError; the stream is then as it was.
-    void setSize(unsigned long size) override;
+    void setSize(unsigned long n) override;
     /// Writes all `count` bytes at the position and grows the stream (by `setSize`) where needed.
     /// Never short, never false.
     ///
     /// Note: a derived class may override `setSize`; one that makes the stream too short is
     /// answered by `OXMemoryBuffer_NoSuchIndex`.
     /// @throws OXMemory_AllocationError; the stream is then as it was.
-    bool write(const void* buffer, unsigned long& count) override;
+    bool write(const void* from, unsigned long& count) override;
 
     /// The size of the storage in bytes.
     unsigned long getCapacity() const { return buffer.getSize(); }

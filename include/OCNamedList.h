@@ -110,6 +110,7 @@ public:
     /// cleared. Likewise its name and its value.
     /// @throws OXNamedList_NoSuchIndex
     OCNamedElement& getElement(unsigned long index) {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the list's own element
         return const_cast<OCNamedElement&>(
             static_cast<const OCNamedList*>(this)->getElement(index));
     }

@@ -57,6 +57,7 @@ private:
     char* appendPointer(unsigned long index);
 
     /// The entry behind the last string.
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): ends `char*` arrays
     static char* s_pchNull;
 
     OCMemoryStream pointers;

@@ -67,6 +67,7 @@ public:
     /// The string at `index`; the reference lasts until the string is removed or replaced.
     /// @throws OXStringList_NoSuchIndex, OXStringList_NullString
     OCAnsiString& getString(unsigned long index) {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the list's own string
         return const_cast<OCAnsiString&>(static_cast<const OCStringList*>(this)->getString(index));
     }
     const OCAnsiString& getString(unsigned long index) const {

@@ -8,7 +8,7 @@ enum JobState { JobWaiting, JobRunning, JobSucceeded, JobFailed, JobSkipped };
 /// What a job wrote to one of its standard streams.
 struct Capture {
     /// How much of it is kept, in bytes.
-    static const unsigned long maximum = 1024 * 1024;
+    static const unsigned long maximum = 1024UL * 1024;
 
     OCAnsiString text;
     unsigned long size = 0; ///< of all that was written

@@ -10,7 +10,7 @@ public:
     JobFileReader(JobList& target, unsigned int limit) : jobs(target), defaultLimit(limit) {}
 
     void elementStart(const OCWideString& name) override;
-    void attribute(const OCWideString& name, const OCWideString& value) override;
+    void attribute(const OCWideString& wideName, const OCWideString& raw) override;
     void characterData(const OCWideString& characters) override;
     void elementEnd() override;
     /// Looks up the prerequisites of all jobs.

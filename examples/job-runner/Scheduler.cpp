@@ -94,7 +94,7 @@ void Scheduler::noteEnd(Task& task) {
 void Scheduler::collectEndedJobs() {
     for (unsigned long i = 0; i < running.getCount();) {
         Task& task = static_cast<Task&>(running.getElement(i));
-        bool ended;
+        bool ended = false;
         {
             OCCriticalSectionLock lock(section);
             ended = task.ended;

@@ -22,7 +22,7 @@ private:
         ~TaskList() noexcept override { OCVectorUtilities(*this).deleteElements(); }
     };
 
-    static unsigned int runTask(OCObject* task);
+    static unsigned int runTask(OCObject* object);
     static OCThreadPoolParameters parametersOf(unsigned int workers);
     bool startReadyJobs();
     void start(Job& job);

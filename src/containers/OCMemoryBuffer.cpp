@@ -35,6 +35,7 @@ OCMemoryBuffer::OCMemoryBuffer(unsigned long initialSize) : OCMemoryBuffer() {
     setSize(initialSize);
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, for the copy in assign()
 OCMemoryBuffer::OCMemoryBuffer(const void* bytes, unsigned long count) : OCMemoryBuffer() {
     assign(bytes, count);
 }
@@ -47,6 +48,7 @@ OCMemoryBuffer::~OCMemoryBuffer() noexcept {
     clear();
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCMemoryBuffer& OCMemoryBuffer::assign(const OCMemoryBuffer& other) {
     if (this == &other)
         return *this;
@@ -56,6 +58,7 @@ OCMemoryBuffer& OCMemoryBuffer::assign(const OCMemoryBuffer& other) {
     return *this;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCMemoryBuffer& OCMemoryBuffer::assign(const void* bytes, unsigned long count) {
     if (bytes == nullptr)
         throw OXMemoryBuffer_NullPointer();

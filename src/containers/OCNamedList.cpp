@@ -263,11 +263,11 @@ private:
 
     void findSorted() {
         unsigned long place = 0;
-        for (unsigned long i = 0, end; i < occurrences.getCount(); i = end) {
+        for (unsigned long i = 0, end = 0; i < occurrences.getCount(); i = end) {
             end = occurrences.endOfName(i);
-            unsigned long first;
-            unsigned long last;
+            unsigned long first = 0;
             if (list.indexOf(occurrences.name(i), first)) {
+                unsigned long last = 0;
                 list.equalRange(first, first, last);
                 addChanges(i, end, first, last - first);
             } else {
@@ -280,7 +280,7 @@ private:
 
     void findUnsorted() {
         if (occurrences.getCount() < sortedFrom) {
-            for (unsigned long i = 0, end; i < occurrences.getCount(); i = end) {
+            for (unsigned long i = 0, end = 0; i < occurrences.getCount(); i = end) {
                 end = occurrences.endOfName(i);
                 unsigned long index = 0;
                 const bool found = list.indexOf(occurrences.name(i), index);
@@ -290,7 +290,7 @@ private:
         }
         Occurrences own(list, list.getSense());
         unsigned long next = 0;
-        for (unsigned long i = 0, end; i < occurrences.getCount(); i = end) {
+        for (unsigned long i = 0, end = 0; i < occurrences.getCount(); i = end) {
             end = occurrences.endOfName(i);
             OECompareResult order = CompareResultGreater;
             while (next < own.getCount() &&
@@ -406,7 +406,7 @@ void OCNamedList::addElement(const OCAnsiString& name, const OCAnsiString& value
     if (listMode == NamedListModeSorted)
         indexOf(name, index);
     insertElement(index, *added);
-    added.release();
+    static_cast<void>(added.release());
 }
 
 void OCNamedList::insertElement(unsigned long index, OCNamedElement& element) {
@@ -464,24 +464,24 @@ void OCNamedList::equalRange(unsigned long index, unsigned long& first, unsigned
 }
 
 bool OCNamedList::contains(const OCAnsiString& name) const {
-    unsigned long index;
+    unsigned long index = 0;
     return indexOf(name, index);
 }
 
 const OCAnsiString& OCNamedList::getValue(const OCAnsiString& name) const {
-    unsigned long index;
+    unsigned long index = 0;
     if (!indexOf(name, index))
         throw OXNamedList_NoSuchName(name);
     return elementAt(index).value;
 }
 
 OCAnsiString OCNamedList::getValue(const OCAnsiString& name, const OCAnsiString& fallback) const {
-    unsigned long index;
+    unsigned long index = 0;
     return indexOf(name, index) ? elementAt(index).value : fallback;
 }
 
 void OCNamedList::setValue(const OCAnsiString& name, const OCAnsiString& value) {
-    unsigned long index;
+    unsigned long index = 0;
     if (indexOf(name, index))
         elementAt(index).value = value;
     else
@@ -497,8 +497,8 @@ void OCNamedList::removeElement(const OCAnsiString& name) {
 
 void OCNamedList::removeSorted(const OCAnsiString& name) {
     // Once, as equal names stand together, unless the list is out of order.
-    unsigned long first;
-    unsigned long last;
+    unsigned long first = 0;
+    unsigned long last = 0;
     while (indexOf(name, first)) {
         equalRange(first, first, last);
         elements.removeElements(first, last - first);
@@ -506,7 +506,7 @@ void OCNamedList::removeSorted(const OCAnsiString& name) {
 }
 
 void OCNamedList::removeUnsorted(const OCAnsiString& name) {
-    unsigned long first;
+    unsigned long first = 0;
     if (!indexOf(name, first))
         return;
     unsigned long removed = 1;

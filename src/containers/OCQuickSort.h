@@ -32,6 +32,7 @@ public:
 private:
     typedef typename Range::Pivot Pivot;
 
+    // NOLINTNEXTLINE(misc-no-recursion): `depth` bounds it
     void sort(long low, long high, unsigned int depth) {
         for (;; --depth) {
             if (depth == 0) {

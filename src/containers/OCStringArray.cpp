@@ -2,6 +2,7 @@
 
 #include "OCMemory.h"
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): arrays of `char*` end with it
 char* OCStringArray::s_pchNull = nullptr;
 
 OCStringArray::OCStringArray() : strings(StringListCaseInsensitive, StringListModeUnsorted) {

@@ -313,7 +313,8 @@ void OCStringList::putString(unsigned long index, const OCAnsiString& text) {
 void OCStringList::moveString(unsigned long index, const OCAnsiString& text) {
     // The new string comes first: `text` may be the string that it replaces.
     NewString added(text);
-    unsigned long place;
+    unsigned long place = 0;
+    // NOLINTNEXTLINE(readability-suspicious-call-argument): `index` is where `text` may not be
     search(text, place, index);
     // After a growth that failed there are fewer slots than the count says.
     if (strings.getCapacity() < strings.getCount())
@@ -367,7 +368,7 @@ bool OCStringList::indexOf(const OCAnsiString& text, unsigned long& index) const
 }
 
 bool OCStringList::contains(const OCAnsiString& text) const {
-    unsigned long index;
+    unsigned long index = 0;
     return indexOf(text, index);
 }
 

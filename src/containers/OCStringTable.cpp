@@ -108,12 +108,12 @@ void OCStringTableRowList::setString(unsigned long row, unsigned long column,
     std::unique_ptr<OCStringTableRow> added(new OCStringTableRow);
     added->setString(column, text);
     putRow(row, *added);
-    added.release();
+    static_cast<void>(added.release());
 }
 
 void OCStringTableRowList::putRow(unsigned long row, OCStringTableRow& added) {
     if (row >= getCount()) {
-        if (row + 1 == 0)
+        if (row == ~0UL)
             throw OXMemory_AllocationError();
         rows.setCount(row + 1);
     }

@@ -9,6 +9,13 @@
 
 #include <malloc.h>
 
+namespace {
+
+// NOLINTNEXTLINE(bugprone-sizeof-expression): of the pointer
+constexpr unsigned long slotSize = sizeof(OCObject*);
+
+} // namespace
+
 OXVector::OXVector() = default;
 
 OXVector::~OXVector() noexcept = default;
@@ -85,7 +92,7 @@ OCVector& OCVector::assign(const OCVector& other) {
     blockSize = other.blockSize;
     count = other.count;
     const unsigned long held = std::min(other.count, other.capacity);
-    memoryCopy(elements, other.elements, held * sizeof(OCObject*));
+    memoryCopy(elements, other.elements, held * slotSize);
     nullSlots(held, count);
     return *this;
 }
@@ -134,7 +141,7 @@ void OCVector::insertElement(unsigned long index, OCObject& element) {
     if (index >= count)
         throwNoSuchIndex(index);
     setCount(count + 1);
-    memoryCopy(elements + index + 1, elements + index, (count - 1 - index) * sizeof(OCObject*));
+    memoryCopy(elements + index + 1, elements + index, (count - 1 - index) * slotSize);
     elements[index] = &element;
 }
 
@@ -166,7 +173,7 @@ void OCVector::removeElements(unsigned long index, unsigned long n) {
     const unsigned long slots = calculateCapacity(remaining, blockSize);
     if (slots >= capacity) {
         if (moved != 0)
-            memoryCopy(elements + index, elements + index + removed, moved * sizeof(OCObject*));
+            memoryCopy(elements + index, elements + index + removed, moved * slotSize);
     } else {
         // Should the shrinking be refused, the slots go back to their places.
         OCObject** const first = elements + index;
@@ -226,7 +233,7 @@ OCVector::Slots OCVector::growSlots(Slots held, unsigned long step, unsigned lon
     OCObject** block = held.block;
     if (held.capacity < spareFrom)
         block = resizeBlock(block, slots);
-    else if (malloc_usable_size(block) / sizeof(OCObject*) < slots)
+    else if (malloc_usable_size(block) / slotSize < slots)
         block = resizeBlockWithSpare(block, slots);
     if (held.capacity < used)
         std::fill(block + held.capacity, block + used, nullptr);

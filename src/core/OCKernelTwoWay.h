@@ -13,14 +13,13 @@ template<class Character, bool folded>
 class TwoWaySearch {
 public:
     TwoWaySearch(const Character* wanted, unsigned long wantedCount) noexcept
-        : pattern(wanted), patternCount(wantedCount) {
+        : pattern(wanted), patternCount(wantedCount), periodic(true) {
         unsigned long periodAscending = 1;
         unsigned long periodDescending = 1;
         const unsigned long ascending = maximalSuffix<false>(periodAscending);
         const unsigned long descending = maximalSuffix<true>(periodDescending);
         split = ascending > descending ? ascending : descending;
         period = ascending > descending ? periodAscending : periodDescending;
-        periodic = true;
         for (unsigned long i = 0; i < split && periodic; ++i) {
             periodic = period + i < patternCount && same<folded>(pattern[i], pattern[period + i]);
         }

@@ -1,6 +1,7 @@
 // The kernels, once for every register width. There is no guard, on purpose: each form includes
 // this in its own unnamed namespace, behind OCKernelLanes.h.
 
+// NOLINTNEXTLINE(misc-definitions-in-headers): in an unnamed namespace, as said above
 constexpr unsigned long bytesPerRegister = sizeof(Register);
 
 /// How many characters before the next place where a register can be loaded with alignment; a whole

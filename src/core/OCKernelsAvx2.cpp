@@ -95,6 +95,6 @@ KERNEL_INLINE void widenTo(wchar_t* to, const char* from) {
 } // namespace
 } // namespace avx2
 
-const Form avx2Form = avx2::makeForm("AVX2");
+constexpr Form avx2Form = avx2::makeForm("AVX2");
 
 } // namespace orvabase::kernels

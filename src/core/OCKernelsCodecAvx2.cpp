@@ -141,7 +141,7 @@ KERNEL_TARGET Decoded avx2DecodeBase64(char* to, unsigned long room, const char*
             written += 24;
             continue;
         }
-        const unsigned int place = static_cast<unsigned int>(__builtin_ctz(foreign));
+        const unsigned long place = static_cast<unsigned long>(__builtin_ctz(foreign));
         plainCodecForm.decodeBase64(to + written, room - written, from + read, place / 4 * 4);
         read += place / 4 * 4;
         written += place / 4 * 3;

@@ -14,6 +14,6 @@ namespace {
 } // namespace
 } // namespace sse2
 
-const Form sse2Form = sse2::makeForm("SSE2");
+constexpr Form sse2Form = sse2::makeForm("SSE2");
 
 } // namespace orvabase::kernels

@@ -23,9 +23,11 @@ namespace {
 /// The size in bytes of `count` elements.
 template<class Element>
 unsigned long byteSize(unsigned long count) {
-    if (count > ~0UL / sizeof(Element))
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): of the element, also where that is a pointer
+    constexpr unsigned long elementSize = sizeof(Element);
+    if (count > ~0UL / elementSize)
         throw OXMemory_AllocationError();
-    return count * sizeof(Element);
+    return count * elementSize;
 }
 
 template<class Element>
@@ -56,18 +58,21 @@ void releaseElements(Element*& p) noexcept {
 } // namespace
 
 void memoryAllocate(void*& p, unsigned long size) {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the one place that allocates
     p = std::malloc(size);
     if (p == nullptr)
         throw OXMemory_AllocationError();
 }
 
 void memoryReallocate(void*& p, unsigned long size) {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the one place that reallocates
     p = std::realloc(p, size);
     if (p == nullptr)
         throw OXMemory_AllocationError();
 }
 
 void memoryRelease(void*& p) noexcept {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the one place that frees
     std::free(p);
     p = nullptr;
 }

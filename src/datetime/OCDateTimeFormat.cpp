@@ -68,7 +68,7 @@ char* putFour(char* to, unsigned int value) {
 
 char* putDayOfWeek(char* to, const OCDateTime& value) {
     static constexpr char names[] = "SunMonTueWedThuFriSat";
-    const int day = value.exportTimeStructure().tm_wday;
+    const long day = value.exportTimeStructure().tm_wday;
     if (day >= 0 && day <= 6)
         to = putName(to, names + 3 * day);
     return putCharacter(putCharacter(to, ','), ' ');
@@ -77,7 +77,7 @@ char* putDayOfWeek(char* to, const OCDateTime& value) {
 char* putMonthName(char* to, const OCDateTime& value) {
     static constexpr char names[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
     if (value.month >= 1 && value.month <= 12)
-        to = putName(to, names + 3 * (value.month - 1));
+        to = putName(to, names + 3L * (value.month - 1));
     return putCharacter(to, ' ');
 }
 

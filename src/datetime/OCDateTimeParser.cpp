@@ -88,7 +88,7 @@ public:
         return number;
     }
     unsigned short month() {
-        unsigned long count;
+        unsigned long count = 0;
         const char* const name = until(' ', count);
         const unsigned short month = months.find(name, count);
         if (month == 0)
@@ -184,7 +184,7 @@ void parseAsn1(const OCAnsiString& source, OCDateTime& target, unsigned short (*
 
 OCAnsiString takeUntil(OCAnsiString& text, char terminator, const OCAnsiString& source) {
     Cursor cursor(text, source);
-    unsigned long count;
+    unsigned long count = 0;
     const char* const field = cursor.until(terminator, count);
     OCAnsiString token(field, count);
     cursor.take(text);

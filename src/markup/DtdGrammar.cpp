@@ -130,7 +130,7 @@ bool DtdGrammar::possibleAttributeTypeEnumerated() {
         return false;
     unsigned long open = 0;
     do {
-        wchar_t c;
+        wchar_t c = 0;
         if (!cursor.preview(c)) {
             xml.error(XmlParserErrorAttributeTypeMalformed);
             return false;

@@ -23,7 +23,7 @@ public:
     public:
         Search(const char* wanted, unsigned long wantedCount);
         /// The input goes on so many bytes further.
-        void pass(unsigned long count) noexcept;
+        void pass(unsigned long passed) noexcept;
         /// Searches the available input, as far as it has not been searched yet.
         unsigned long find(const char* from, unsigned long available) noexcept;
 

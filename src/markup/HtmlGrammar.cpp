@@ -31,7 +31,7 @@ bool HtmlGrammar::possibleMiscellaneous() {
 }
 
 bool HtmlGrammar::possibleCharacterData() {
-    char c;
+    char c = 0;
     if (!cursor.preview(c) || c == '<')
         return false;
     cursor.takeUntil('<', text);
@@ -228,14 +228,14 @@ bool HtmlGrammar::possibleAttribute() {
 }
 
 bool HtmlGrammar::parseAttributeValue(OCAnsiString& target) {
-    char c;
+    char c = 0;
     if (cursor.preview(c) && (c == '\'' || c == '"'))
         return parseAttributeValueQuoted(target);
     return parseAttributeValueSimple(target);
 }
 
 bool HtmlGrammar::parseAttributeValueQuoted(OCAnsiString& target) {
-    char quote;
+    char quote = 0;
     if (!cursor.preview(quote) || (quote != '\'' && quote != '"'))
         return error(HtmlErrorAttributeMalformed);
     cursor.advance(1);

@@ -37,9 +37,9 @@ public:
     bool parseElementStartEndContent(const OCAnsiString& name);
     bool parseElementStartEndEmpty(const OCAnsiString& name);
     bool possibleAttribute();
-    bool parseAttributeValue(OCAnsiString& value);
-    bool parseAttributeValueQuoted(OCAnsiString& value);
-    bool parseAttributeValueSimple(OCAnsiString& value);
+    bool parseAttributeValue(OCAnsiString& target);
+    bool parseAttributeValueQuoted(OCAnsiString& target);
+    bool parseAttributeValueSimple(OCAnsiString& target);
     bool possibleName(OCAnsiString& name) { return cursor.takeName(name); }
     bool possibleWhiteSpace() { return cursor.skipWhiteSpace(); }
 

@@ -30,6 +30,7 @@ struct MarkupReader {
         return collect(reader, skipped, [c](Cursor& cursor) { return cursor.find(c); });
     }
 
+    // NOLINTNEXTLINE(misc-no-recursion): once, with a copy
     static bool find(Reader& reader, const String& s, String* skipped) {
         if (&s == skipped)
             return find(reader, String(s), skipped);

@@ -17,7 +17,7 @@ static_assert(sizeof(OSUniqueIdentifier) == 16, "16 bytes without gaps");
 
 /// Four characters as the half of a word.
 unsigned long half(const char* text) noexcept {
-    unsigned int characters;
+    unsigned int characters = 0;
     std::memcpy(&characters, text, sizeof characters);
     return characters;
 }
@@ -35,7 +35,7 @@ struct Digits {
             __builtin_bswap32(identifier.data1) |
             static_cast<unsigned long>(__builtin_bswap16(identifier.data2)) << 32 |
             static_cast<unsigned long>(__builtin_bswap16(identifier.data3)) << 48;
-        unsigned long back;
+        unsigned long back = 0;
         std::memcpy(&back, identifier.data4, sizeof back);
         kernels::hexDigitsOf(front, back, words);
     }
@@ -69,8 +69,8 @@ bool parseText(const OCAnsiString& text, OSUniqueIdentifier& identifier) noexcep
         return false;
     const unsigned long digits[kernels::hexWordCount] = {
         joined(t, t + 4), joined(t + 9, t + 14), joined(t + 19, t + 24), joined(t + 28, t + 32)};
-    unsigned long front;
-    unsigned long back;
+    unsigned long front = 0;
+    unsigned long back = 0;
     if (!kernels::hexBytesOf(digits, front, back))
         return false;
     identifier.data1 = __builtin_bswap32(static_cast<unsigned int>(front));

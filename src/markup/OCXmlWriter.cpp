@@ -11,8 +11,6 @@
 
 namespace {
 
-namespace kernels = orvabase::kernels;
-
 constexpr unsigned long indentation = 2;
 
 wchar_t* put(wchar_t* to, const wchar_t* text, unsigned long count) noexcept {

@@ -108,7 +108,7 @@ void XmlGrammar::parseElement() {
 }
 
 bool XmlGrammar::possibleElement() {
-    bool empty;
+    bool empty = false;
     if (!possibleElementStart(elementName, empty))
         return false;
     if (empty) {
@@ -190,7 +190,7 @@ bool XmlGrammar::possibleContent() {
         return false;
     if (possibleCdataSection() || possibleComment() || possibleProcessingInstruction())
         return true;
-    bool empty;
+    bool empty = false;
     if (possibleElementStart(elementName, empty)) {
         if (empty)
             endElement();
@@ -268,7 +268,7 @@ bool XmlGrammar::possibleProcessingInstruction() {
 }
 
 bool XmlGrammar::possibleCharacterData() {
-    wchar_t c;
+    wchar_t c = 0;
     if (!cursor.preview(c) || c == L'<')
         return false;
     characterData();
@@ -303,11 +303,11 @@ void XmlGrammar::parseName() {
 }
 
 XmlGrammar::Quoted XmlGrammar::quoted(OCWideString* target, unsigned long kept) {
-    wchar_t quote;
+    wchar_t quote = 0;
     if (!cursor.preview(quote) || (quote != L'\'' && quote != L'"'))
         return QuotedAbsent;
     cursor.advance(1);
-    bool closed;
+    bool closed = false;
     if (!target)
         closed = cursor.find(quote);
     else if (kept == 0)

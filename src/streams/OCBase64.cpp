@@ -177,7 +177,7 @@ OCBase64DecoderReader::~OCBase64DecoderReader() noexcept = default;
 
 unsigned int OCBase64DecoderReader::readBlock(char* block) {
     unsigned int count = 0;
-    char c;
+    char c = 0;
     while (count < 4 && reader.readCharacter(c)) {
         if (!isPassedOver(c))
             block[count++] = c;

@@ -9,10 +9,12 @@ constexpr unsigned long largestOffset = 0x7FFFFFFFFFFFFFFF;
 OCStream::~OCStream() = default;
 
 unsigned long OCStream::getPosition() const {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the position stays
     return const_cast<OCStream*>(this)->seek(0, StreamSeekCurrent);
 }
 
 unsigned long OCStream::getSize() const {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the position is put back
     OCStream& stream = const_cast<OCStream&>(*this);
     const unsigned long position = stream.seek(0, StreamSeekCurrent);
     const unsigned long size = stream.seek(0, StreamSeekEnd);

@@ -377,6 +377,7 @@ OCAnsiString& OCAnsiString::fill(char c) {
 
 // Concatenation
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCAnsiString& OCAnsiString::extend(bool slash, const char* text, unsigned long count) {
     const unsigned long front = length;
     const unsigned long behind = sum(front, slash ? 1 : 0);
@@ -643,6 +644,7 @@ bool OCAnsiString::contains(const OCAnsiString& text, OEStringCase sense) const 
     return indexOf(text, position, sense);
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCAnsiString& OCAnsiString::replace(const OCAnsiString& from, const OCAnsiString& to,
                                     OEStringCase sense) {
     if (from.length == 0 || from.length > length)

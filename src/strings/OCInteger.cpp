@@ -47,7 +47,7 @@ unsigned int joinDigits(unsigned long digits) {
 /// The first eight digits are taken at once. For the short numbers that are common this is faster
 /// than a loop, at whose end the processor guesses wrong.
 unsigned int parseDecimal(const char* text) {
-    unsigned long word;
+    unsigned long word = 0;
     std::memcpy(&word, text, sizeof word);
     const unsigned long digits = word ^ 0x3030303030303030;
     // The highest bit of each byte that is no digit, up to the first such byte at least.

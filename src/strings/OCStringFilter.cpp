@@ -369,7 +369,7 @@ unsigned int OCOctetStringFilter::readCodeAnsi(OCStreamReader& reader, char* c) 
 }
 
 unsigned int OCOctetStringFilter::readCodeWide(OCStreamReader& reader, wchar_t* c) const {
-    char byte;
+    char byte = 0;
     if (!reader.readCharacter(byte))
         return ended;
     *c = byte;
@@ -389,7 +389,7 @@ OCT61StringFilter::~OCT61StringFilter() = default;
 OCUtf8StringFilter::~OCUtf8StringFilter() = default;
 
 unsigned int OCUtf8StringFilter::readCodeAnsi(OCStreamReader& reader, char* c) const {
-    char byte;
+    char byte = 0;
     if (!reader.readCharacter(byte))
         return ended;
     if (!beginsCharacter(asByte(byte)))
@@ -399,7 +399,7 @@ unsigned int OCUtf8StringFilter::readCodeAnsi(OCStreamReader& reader, char* c) c
 }
 
 unsigned int OCUtf8StringFilter::readCodeWide(OCStreamReader& reader, wchar_t* c) const {
-    char byte;
+    char byte = 0;
     const unsigned int code = OCUtf8StringFilter::readCodeAnsi(reader, &byte);
     if (code == stored)
         *c = byte;
@@ -419,7 +419,7 @@ void OCUtf8StringFilter::writeCodeWide(OCStreamWriter& writer, wchar_t c) const 
 OCIa5StringFilter::~OCIa5StringFilter() = default;
 
 unsigned int OCIa5StringFilter::readCodeAnsi(OCStreamReader& reader, char* c) const {
-    char byte;
+    char byte = 0;
     if (!reader.readCharacter(byte))
         return ended;
     if (!validateByte(asByte(byte))) {
@@ -440,7 +440,7 @@ unsigned int OCIa5StringFilter::readCodeAnsi(OCStreamReader& reader, char* c) co
 }
 
 unsigned int OCIa5StringFilter::readCodeWide(OCStreamReader& reader, wchar_t* c) const {
-    char byte;
+    char byte = 0;
     // Not the virtual one: what a derived class makes of narrow texts is its own affair.
     const unsigned int code = OCIa5StringFilter::readCodeAnsi(reader, &byte);
     if (code == stored)

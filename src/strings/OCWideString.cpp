@@ -15,10 +15,15 @@ constexpr unsigned long capacityStep = 64;
 constexpr unsigned long localCapacity = 128;
 constexpr unsigned long maximumLength = ~0UL / sizeof(wchar_t) - capacityStep;
 
+/// The capacity for a length that is known to have one.
+unsigned long wholeSteps(unsigned long length) noexcept {
+    return (length & ~(capacityStep - 1)) + capacityStep;
+}
+
 unsigned long capacityFor(unsigned long length) {
     if (length > maximumLength)
         throw OXMemory_AllocationError();
-    return (length & ~(capacityStep - 1)) + capacityStep;
+    return wholeSteps(length);
 }
 
 /// The length of a text with `count` characters more.
@@ -214,6 +219,7 @@ OCWideString OCWideString::concat(const OCWideString& other) const {
     return result;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCWideString& OCWideString::insert(unsigned long position, const OCWideString& text) {
     if (position >= length)
         throwNoSuchIndex(position);
@@ -231,7 +237,7 @@ OCWideString& OCWideString::insert(const OCWideString& text) {
 }
 
 OCWideString& OCWideString::left(unsigned long n) noexcept {
-    return n < length ? setLength(n) : *this;
+    return n < length ? shorten(n) : *this;
 }
 
 OCWideString& OCWideString::right(unsigned long n) {
@@ -264,7 +270,8 @@ OCWideString& OCWideString::trimLeft() noexcept {
     const unsigned long blanks = kernels::skipWideWhiteSpace(data, length);
     if (blanks == 0)
         return *this;
-    return blanks == length ? clear() : remove(0, blanks);
+    stringCopy(data, data + blanks, length - blanks);
+    return shorten(length - blanks);
 }
 
 OCWideString& OCWideString::trimRight() noexcept {
@@ -333,15 +340,16 @@ bool OCWideString::indexOf(const OCWideString& text, unsigned long& position,
 }
 
 bool OCWideString::contains(wchar_t c, OEStringCase sense) const {
-    unsigned long position;
+    unsigned long position = 0;
     return indexOf(c, position, sense);
 }
 
 bool OCWideString::contains(const OCWideString& text, OEStringCase sense) const {
-    unsigned long position;
+    unsigned long position = 0;
     return indexOf(text, position, sense);
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, with a copy
 OCWideString& OCWideString::replace(const OCWideString& from, const OCWideString& to,
                                     OEStringCase sense) {
     if (from.length == 0 || from.length > length)
@@ -375,7 +383,7 @@ void OCWideString::replaceShrinking(const OCWideString& from, const OCWideString
         readPlace += from.length;
         writePlace += to.length;
     }
-    setLength(writePlace);
+    shorten(writePlace);
 }
 
 /// Counts the occurrences, then fills a second string of the right length.
@@ -422,27 +430,48 @@ void OCWideString::initialize(unsigned long n) {
 /// Moves the characters into storage for `n` of them; making it smaller does not fail.
 void OCWideString::changeCapacity(unsigned long n) {
     const unsigned long newCapacity = capacityFor(n);
-    if (newCapacity <= localCapacity) {
-        if (data != localBuffer) {
+    if (newCapacity <= capacity || newCapacity <= localCapacity) {
+        keepStorage(newCapacity, n);
+        return;
+    }
+    wchar_t* block = data;
+    if (data == localBuffer) {
+        block = allocateBlock(newCapacity);
+        stringCopy(block, data, length);
+    } else {
+        stringReallocate(block, newCapacity);
+    }
+    data = block;
+    capacity = newCapacity;
+}
+
+/// Changes the capacity, for `n` characters, to one for which the inline buffer or the present
+/// storage is large enough.
+void OCWideString::keepStorage(unsigned long newCapacity, unsigned long n) noexcept {
+    if (data != localBuffer) {
+        if (newCapacity <= localCapacity) {
             stringCopy(localBuffer, data, n < length ? n : length);
             releaseBlock();
+        } else {
+            wchar_t* block = data;
+            try {
+                stringReallocate(block, newCapacity);
+            } catch (const OXMemory_AllocationError&) {
+                block = data; // the larger block serves as well
+            }
+            data = block;
         }
-    } else if (data == localBuffer) {
-        wchar_t* const block = allocateBlock(newCapacity);
-        stringCopy(block, data, length);
-        data = block;
-    } else {
-        wchar_t* block = data;
-        try {
-            stringReallocate(block, newCapacity);
-        } catch (const OXMemory_AllocationError&) {
-            if (newCapacity > capacity)
-                throw;
-            block = data; // the larger block serves as well
-        }
-        data = block;
     }
     capacity = newCapacity;
+}
+
+/// Keeps the first `n` characters.
+OCWideString& OCWideString::shorten(unsigned long n) noexcept {
+    if (n + capacityStep < capacity)
+        keepStorage(wholeSteps(n), n);
+    data[n] = 0;
+    length = n;
+    return *this;
 }
 
 /// Gives the block back; the characters are gone with it.

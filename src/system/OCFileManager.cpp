@@ -149,7 +149,8 @@ void OCFileManagerEvents::onDeleteFile(const OCFilePath&) {}
 OCFileManager::~OCFileManager() noexcept = default;
 
 void OCFileManager::createDirectory(const OCFilePath& path) {
-    const OCFilePath target(path); // the observer may change the caller's path
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the observer may change `path`
+    const OCFilePath target(path);
     OCFilePath parent(target);
     parent.removeLastDirectory();
     while (parent.getLength() != 0 && !parent.existsDirectory(true))
@@ -165,7 +166,8 @@ void OCFileManager::createDirectory(const OCFilePath& path) {
 }
 
 void OCFileManager::deleteFile(const OCFilePath& path) {
-    const OCFilePath target(path); // the observer may change the caller's path
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the observer may change `path`
+    const OCFilePath target(path);
     onDeleteFile(target);
     if (remove(target.getString()) == -1) {
         const unsigned int code = lastError();
@@ -174,7 +176,8 @@ void OCFileManager::deleteFile(const OCFilePath& path) {
 }
 
 void OCFileManager::deleteDirectory(const OCFilePath& path, bool recursive) {
-    const OCFilePath target(path); // the observer may change the caller's path
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the observer may change `path`
+    const OCFilePath target(path);
     onDeleteDirectory(target);
     if (target.getFileType(false) == FileTypeSymbolicLink) {
         removeLink(target);

@@ -1,7 +1,7 @@
 #include "OCFilePath.h"
 
+#include <climits>
 #include <cstring>
-#include <limits.h>
 #include <sys/stat.h>
 
 namespace {
@@ -346,6 +346,7 @@ bool OCFilePath::removeFilenameUniversal() {
     return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): `name` may be the path itself
 bool OCFilePath::changeFilenameClassic(OCFilePath name) {
     replaceFrom(*this, Part(*this).lastSeparator() + 1, name);
     return true;

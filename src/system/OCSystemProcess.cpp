@@ -13,9 +13,11 @@ namespace {
 
 constexpr unsigned long pathSize = 4096;
 
-/// What the process was started as and from; empty until it is told.
+/// What the process was started as and from; empty until it is told, which is once.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the process has one of each
 char startedAs[pathSize];
 char startedFrom[pathSize];
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 constexpr unsigned int processorCount = CPU_SETSIZE;
 static_assert(processorCount == 1024 && sizeof(cpu_set_t) == 128, "sixteen words of 64 bits");

@@ -15,6 +15,7 @@ void* runThread(void* object) {
         if (abi::__cxa_current_exception_type() == nullptr)
             throw;
     }
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the way in which threads hand a number over
     return reinterpret_cast<void*>(static_cast<std::uintptr_t>(result));
 }
 
@@ -44,7 +45,7 @@ void OCThread::initialize() {
 
 void OCThread::initializeThread() {
     destroyThread();
-    pthread_t thread;
+    pthread_t thread = 0;
     if (pthread_create(&thread, nullptr, runThread, this) != 0)
         throw OXThread_CreateError();
     identifier = thread;

@@ -164,7 +164,7 @@ void OCThreadPoolWorker::retire() noexcept {
 }
 
 void OCThreadPoolWorker::setJob(const OCThreadPoolJob& newJob) {
-    bool ended;
+    bool ended = false;
     try {
         acceptedEvent.resetEvent();
         ended = jobEvent.waitFor(0);
@@ -270,7 +270,7 @@ void OCThreadPoolWorkerList::initializeWorkers() {
     const unsigned int size = parameters.getInitialSize();
     for (unsigned int tries = 0; tries < size && getCount() < parameters.getMaximumSize();
          ++tries) {
-        OCThreadPoolWorker* worker;
+        OCThreadPoolWorker* worker = nullptr;
         if (createWorker(worker))
             worker->getIdleEvent().signalEvent();
     }
@@ -308,7 +308,7 @@ bool OCThreadPoolWorkerList::findWorker(OCThreadPoolWorker*& worker) {
 
 void OCThreadPoolWorkerList::shutdown() {
     for (unsigned int index = 0;; ++index) {
-        OCThreadPoolWorker* worker;
+        OCThreadPoolWorker* worker = nullptr;
         {
             // A submission is either over when the worker is asked to terminate, or is refused.
             OCCriticalSectionLock lock(pool.getSynchronizer());
@@ -388,7 +388,7 @@ void OCThreadPool::execute(const OCThreadPoolJob& job) {
     if (isShutDown())
         throw OXThreadPool_JobRefused();
     for (;;) {
-        OCThreadPoolWorker* worker;
+        OCThreadPoolWorker* worker = nullptr;
         if (!workerList->findWorker(worker) && !workerList->createWorker(worker))
             throw OXThreadPool_JobRefused();
         try {

@@ -280,8 +280,8 @@ TEST(OCQueryString, MovesWithoutMemory) {
     EXPECT_EQ(requests, fault::heapRecord().requests);
     EXPECT_EQ(first, &assigned.getElement(0ul));
     EXPECT_EQ(2u, assigned.getCount());
-    EXPECT_EQ(0u, moved.getCount()); // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(0u, query.getCount()); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(0u, moved.getCount()); // NOLINT(bugprone-use-after-move): empty now
+    EXPECT_EQ(0u, query.getCount()); // NOLINT(bugprone-use-after-move): empty now
     query.addElement("c", "3");
     EXPECT_EQ((Pairs{{"c", "3"}}), pairs(query));
     EXPECT_EQ(0, fault::blocksLeftBy([] {

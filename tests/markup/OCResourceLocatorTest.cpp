@@ -316,8 +316,8 @@ TEST(OCResourceLocator, MovesWithoutMemory) {
     assigned = std::move(moved);
     EXPECT_EQ(requests, fault::heapRecord().requests);
     EXPECT_EQ(expected, parts(assigned));
-    EXPECT_EQ("||0||", parts(moved));   // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ("||0||", parts(locator)); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ("||0||", parts(moved));   // NOLINT(bugprone-use-after-move): empty now
+    EXPECT_EQ("||0||", parts(locator)); // NOLINT(bugprone-use-after-move): empty now
     OCResourceLocator& same = assigned;
     assigned = std::move(same);
     EXPECT_EQ(expected, parts(assigned));
