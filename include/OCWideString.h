@@ -193,8 +193,9 @@ private:
     [[gnu::noinline]] OCWideString& assignBlock(const wchar_t* text, unsigned long count);
     [[gnu::noinline]] OCWideString& appendGrowing(const wchar_t* text, unsigned long count);
     void changeCapacity(unsigned long n);
-    void keepStorage(unsigned long newCapacity, unsigned long n) noexcept;
-    OCWideString& shorten(unsigned long n) noexcept;
+    [[gnu::visibility("hidden")]] void keepStorage(unsigned long newCapacity,
+                                                   unsigned long n) noexcept;
+    [[gnu::visibility("hidden")]] OCWideString& shorten(unsigned long n) noexcept;
     void releaseBlock() noexcept;
     void takeFrom(OCWideString& other) noexcept;
     void replaceShrinking(const OCWideString& from, const OCWideString& to,
