@@ -40,13 +40,12 @@ bool HtmlGrammar::possibleCharacterData() {
     return true;
 }
 
-/// A comment, a document type or an element.
+/// A comment, a document type or an element, where the character data ends: at a "<" or at the end.
 HtmlGrammar::Outcome HtmlGrammar::markup() {
     constexpr unsigned long longestOpening = sizeof "<!doctype" - 1;
     // The openings are told apart by their second character. That must not look further ahead than
     // trying them one by one does.
-    if (cursor.available() >= longestOpening && *cursor.begin() == '<' &&
-        cursor.begin()[1] != '!') {
+    if (cursor.available() >= longestOpening && cursor.begin()[1] != '!') {
         if (cursor.begin()[1] != '/') {
             cursor.advance(1);
             return startTag();

@@ -10,12 +10,6 @@ namespace kernels = orvabase::kernels;
 
 namespace {
 
-/// The text with its first `count` characters removed.
-void removeFront(OCAnsiString& text, unsigned long count) {
-    if (count > 0)
-        text.remove(0, count);
-}
-
 bool beginsWith(const OCAnsiString& text, char c) {
     return text.getLength() != 0 && text.getString()[0] == c;
 }
@@ -85,7 +79,7 @@ void OCResourceLocator::parseProtocol(OCAnsiString& text) {
     if (!text.indexOf(':', colon))
         return clearProtocol();
     OCAnsiString parsed(text.getString(), colon);
-    removeFront(text, colon + 1);
+    text.remove(0, colon + 1);
     protocol = std::move(parsed);
 }
 
@@ -96,7 +90,7 @@ void OCResourceLocator::parseServer(OCAnsiString& text) {
     const unsigned long left = text.getLength() - 2;
     const unsigned long end = kernels::findEither(rest, left, ':', '/');
     OCAnsiString parsed(rest, end == kernels::notFound ? left : end);
-    removeFront(text, parsed.getLength() + 2);
+    text.remove(0, parsed.getLength() + 2);
     server = std::move(parsed);
 }
 
@@ -107,7 +101,7 @@ void OCResourceLocator::parsePort(OCAnsiString& text) {
     text.indexOf('/', end);
     const unsigned int parsed =
         OCUnsignedIntegerConversion::fromString(OCAnsiString(text.getString() + 1, end - 1), 10);
-    removeFront(text, end);
+    text.remove(0, end);
     port = parsed;
 }
 

@@ -224,6 +224,20 @@ TEST(KernelsCodec, DecodingPassesOverControlCharactersBetweenGroups) {
     }
 }
 
+TEST(KernelsCodec, DecodingPassesOverControlCharactersUpToTheEnd) {
+    for (const CodecForm& form : allForms()) {
+        for (unsigned long count = 0; count < 100; ++count) {
+            const std::string text = "QUJD" + std::string(count, '\n');
+            const Block from(0, text);
+            const Block to(0, 120);
+            const kernels::Decoded done = form.decodeBase64(to.get(), 120, from.get(), text.size());
+            ASSERT_EQ(done.read, text.size()) << form.name;
+            ASSERT_EQ(done.written, 3u) << form.name;
+            ASSERT_EQ(to.text(4), "ABC?") << form.name;
+        }
+    }
+}
+
 TEST(KernelsCodec, DecodingStopsBeforeAGroupWithAControlCharacterInIt) {
     for (const CodecForm& form : allForms()) {
         for (unsigned long place = 1; place < 120; ++place) {

@@ -873,6 +873,12 @@ TEST(OCKernelAnchors, RareOnesAreTheRarestCharactersOfThePattern) {
     check(std::string(100, 'e') + "x", 'e', 0, 100);
     EXPECT_EQ(1u, (kernels::rareAnchors<char, true>("EZ", 2).first));
     EXPECT_EQ(0u, (kernels::rareAnchors<wchar_t, false>(L"z\x20AC", 2).first));
+    // What is no ASCII, as a byte or as a character, is rarer than "e" and more common than "z".
+    check("z\xE4", 'z', 0, 1);
+    check("e\xE4", '\xE4', 1, 0);
+    const wchar_t negative[] = {L'z', -28, L'e'};
+    EXPECT_EQ(0u, (kernels::rareAnchors<wchar_t, false>(negative, 2).first));
+    EXPECT_EQ(0u, (kernels::rareAnchors<wchar_t, false>(negative + 1, 2).first));
 }
 
 TEST(OCKernels, OrderFoldedByTheFirstDifferenceThatCounts) {

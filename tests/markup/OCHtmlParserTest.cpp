@@ -592,6 +592,7 @@ TEST(OCHtmlParser, ParsesValues) {
         {&OCHtmlParser::parseAttributeValueQuoted, "''b", "", {}, "b"},
         {&OCHtmlParser::parseAttributeValueQuoted, "'ab", "ab", {"error 0"}, ""},
         {&OCHtmlParser::parseAttributeValueQuoted, "ab", "old", {"error 0"}, "ab"},
+        {&OCHtmlParser::parseAttributeValueQuoted, "", "old", {"error 0"}, ""},
         {&OCHtmlParser::parseAttributeValueSimple, "'a'>", "'a'", {}, ">"},
         {&OCHtmlParser::parseAttributeValueSimple, "ab", "ab", {"error 0"}, ""},
     };

@@ -457,6 +457,23 @@ TEST(OCChildProcess, ReportsAFailedStartAsTheSignalOfAnAbort) {
               thrown<OXChildProcess_UnexpectedSignal>([&] { nothing.execute(); }));
 }
 
+TEST(OCChildProcess, AbortsTheChildWhenAFileHasNoDescriptor) {
+    Script process("exit 0");
+    OCHandleStream* const streams[] = {&process.getStandardError().getStream(),
+                                       &process.getStandardInput().getStream(),
+                                       &process.getStandardOutput().getStream()};
+    for (OCHandleStream* const stream : streams) {
+        const int handle = stream->getHandle();
+        stream->dropHandle();
+        EXPECT_EQ(abortedByTheStart,
+                  thrown<OXChildProcess_UnexpectedSignal>([&] { process.execute(); }));
+        EXPECT_EQ(-1, stream->getHandle());
+        stream->setHandle(handle);
+    }
+    EXPECT_EQ(0, process.execute());
+    EXPECT_FALSE(hasChildren());
+}
+
 TEST(OCChildProcess, ReportsTheSignalThatEndedAChild) {
     EXPECT_EQ("OXChildProcess_UnexpectedSignal: Unexpected signal in child process (15)",
               thrown<OXChildProcess_UnexpectedSignal>([] { Script("kill -TERM $$").execute(); }));

@@ -175,6 +175,15 @@ TEST(OCSystemProcess, ChangesTheUserAndTheGroup) {
               }));
 }
 
+TEST(OCSystemProcess, SetsTheUserAndTheGroupThatItHas) {
+    EXPECT_EQ(std::to_string(getuid()) + " " + std::to_string(getgid()), inChild([] {
+                  OCSystemProcess::setGroupIdentifier(getgid());
+                  OCSystemProcess::setUserIdentifier(getuid());
+                  return std::to_string(OCSystemProcess::getUserIdentifier()) + " " +
+                         std::to_string(OCSystemProcess::getGroupIdentifier());
+              }));
+}
+
 TEST(OCSystemProcess, FailuresToChangeTheUserAndTheGroupHaveTheSystemsText) {
     {
         Failing refusing(calls::setuid, EAGAIN);
