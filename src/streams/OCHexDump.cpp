@@ -107,7 +107,8 @@ OCAnsiString OCHexDump::dumpMultipleLines(const void* data, unsigned long size) 
     const bool sharesFullLine = fullLines > 0 && rest == 0 && !lastBreaks;
     const unsigned long brokenLines = sharesFullLine ? fullLines - 1 : fullLines;
     const unsigned long leftOver = sharesFullLine ? perLine : rest;
-    const bool breaksLeftOver = lastBreaks && (rest > 0 || separated == 0);
+    // A line that is begun and not full has room for the last byte.
+    const bool breaksLeftOver = lastBreaks && separated == 0;
 
     Size length;
     length.add(size, 2);

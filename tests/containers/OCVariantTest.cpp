@@ -285,12 +285,6 @@ TEST(OCVariant, PrintingReturnsTheStream) {
     EXPECT_EQ("1", stream.str());
 }
 
-TEST(OCVariant, PrintsNothingOfATypeThatItDoesNotKnow) {
-    OCVariant variant;
-    variant.setObject(static_cast<OEVariantType>(99), new OCSignedInteger(5));
-    EXPECT_EQ("", printed(variant));
-}
-
 TEST(OCVariant, FailedSettersChangeNothing) {
     OCVariant variant;
     variant.setStringAnsi("kept");
