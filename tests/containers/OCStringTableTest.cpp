@@ -148,6 +148,12 @@ TEST(OCStringTable, StringsAreAddedToTheLastRow) {
     table.addString("f", false);
     table.addString("g", true);
     EXPECT_EQ("[a b]/[c  d]/-/[- e f]/[g]", shape(table));
+    // A cell that is unassigned is not made up for.
+    OCStringTable sparse;
+    sparse.setString(0, 1, "x");
+    sparse.addString("y", true);
+    sparse.addString("z", false);
+    EXPECT_EQ("[- x]/[y z]", shape(sparse));
 }
 
 TEST(OCStringTable, WithoutRowsNoCellCanBeAdded) {

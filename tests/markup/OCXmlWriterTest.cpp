@@ -716,6 +716,16 @@ TEST(OCXmlWriter, WritesAttributesInEveryTag) {
     EXPECT_EQ(2u, attributes.getCount());
 }
 
+TEST(OCXmlWriter, WritesEmptyNamesAsTheyAre) {
+    Fixture f;
+    f.writer.processingInstruction(L"", OCXmlWriterElementAttributeList());
+    f.writer.startElement(L"");
+    f.writer.emptyElement(L"");
+    f.writer.endElement();
+    EXPECT_EQ("<?\?>\r\n<>\r\n  </>\r\n</>\r\n", f.stream.data);
+    EXPECT_TRUE(f.writer.getElementStack().isEmpty());
+}
+
 TEST(OCXmlWriter, EscapesNothing) {
     Fixture f;
     OCXmlWriterElementAttributeList attributes;

@@ -224,16 +224,68 @@ TEST(OCBase64Memory, GrowsStepByStepWhenTheWholeIsRefused) {
     EXPECT_TRUE(contentOf(target) == encoded(bytes));
 }
 
-TEST(OCBase64Memory, AStreamMayBeSourceAndTarget) {
-    OCMemoryStream stream("ManManMan", 9);
+/// Runs a job with one stream as source and target, which has room for more than it holds.
+template<class Stream, class Job>
+std::string endInPlace(const std::string& content, const Job& job) {
+    Stream stream(content.data(), content.size());
     stream.setSize(100000);
-    stream.setSize(9);
+    stream.setSize(content.size());
     stream.setPosition(0);
-    encode(stream, stream);
-    DerivedStream expected("ManManMan", 9);
-    encode(expected, expected);
-    EXPECT_TRUE(contentOf(expected) == contentOf(stream));
-    EXPECT_EQ(expected.getPosition(), stream.getPosition());
+    job(stream, stream);
+    return std::to_string(stream.getPosition()) + ' ' + contentOf(stream);
+}
+
+TEST(OCBase64Memory, AStreamMayBeSourceAndTarget) {
+    std::mt19937 random(7);
+    for (const unsigned long size : {9UL, 48UL, 300UL, 5000UL, 20000UL}) {
+        SCOPED_TRACE(size);
+        const std::string bytes = randomBytes(random, size);
+        EXPECT_TRUE(endInPlace<DerivedStream>(bytes, encode) ==
+                    endInPlace<OCMemoryStream>(bytes, encode));
+        const std::string text = encoded(bytes);
+        EXPECT_TRUE(endInPlace<DerivedStream>(text, decode) ==
+                    endInPlace<OCMemoryStream>(text, decode));
+    }
+    EXPECT_EQ("13 ManManManTWFu", endInPlace<OCMemoryStream>("ManManMan", [](auto& from, auto& to) {
+                  from.setPosition(6);
+                  encode(from, to);
+              }));
+}
+
+/// Counts what it is asked for.
+class CountingStream : public OCMemoryStream {
+public:
+    using OCMemoryStream::OCMemoryStream;
+
+    bool read(void* buffer, unsigned long& count) override {
+        ++reads;
+        return OCMemoryStream::read(buffer, count);
+    }
+    bool write(const void* buffer, unsigned long& count) override {
+        ++writes;
+        return OCMemoryStream::write(buffer, count);
+    }
+
+    unsigned long reads = 0;
+    unsigned long writes = 0;
+};
+
+TEST(OCBase64Memory, OverridesOfADerivedClassAreCalled) {
+    const std::string bytes(5000, 'x');
+    const std::string text = encoded(bytes);
+    for (const bool encodes : {true, false}) {
+        const std::string& content = encodes ? bytes : text;
+        const auto job = encodes ? encode : decode;
+        CountingStream source(content.data(), content.size());
+        OCMemoryStream plainTarget;
+        job(source, plainTarget);
+        EXPECT_LE(3u, source.reads); // two blocks and the end
+        OCMemoryStream plainSource(content.data(), content.size());
+        CountingStream target;
+        job(plainSource, target);
+        EXPECT_EQ(2u, target.writes);
+        EXPECT_TRUE(contentOf(target) == contentOf(plainTarget));
+    }
 }
 
 } // namespace
