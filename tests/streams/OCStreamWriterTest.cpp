@@ -154,6 +154,17 @@ TEST(OCStreamWriter, TheDestructorTriesOnceAndDiscardsTheFailure) {
     EXPECT_EQ(stream.data, "");
 }
 
+TEST(OCStreamWriter, TheDestructorTriesAFullBufferThatWasRefusedAgain) {
+    RecordingStream stream;
+    stream.writes = {{1, 1, Outcome::Refuse}};
+    {
+        OCStreamWriter writer(stream);
+        EXPECT_THROW(writeAll(writer, pattern(4096)), OXStream_WriteError);
+    }
+    EXPECT_EQ(stream.takeCalls(), Calls({"write 4096 -> refused", "write 4096 -> 4096"}));
+    EXPECT_EQ(stream.data, pattern(4096));
+}
+
 TEST(OCStreamWriter, MakingOneTakesOneAllocationOrFails) {
     OCMemoryStream stream;
     EXPECT_EQ(fault::blocksLeftBy([&] {
