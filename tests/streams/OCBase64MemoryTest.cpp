@@ -257,13 +257,13 @@ class CountingStream : public OCMemoryStream {
 public:
     using OCMemoryStream::OCMemoryStream;
 
-    bool read(void* buffer, unsigned long& count) override {
+    bool read(void* to, unsigned long& count) override {
         ++reads;
-        return OCMemoryStream::read(buffer, count);
+        return OCMemoryStream::read(to, count);
     }
-    bool write(const void* buffer, unsigned long& count) override {
+    bool write(const void* from, unsigned long& count) override {
         ++writes;
-        return OCMemoryStream::write(buffer, count);
+        return OCMemoryStream::write(from, count);
     }
 
     unsigned long reads = 0;
