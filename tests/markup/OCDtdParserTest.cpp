@@ -249,6 +249,38 @@ TEST(OCDtdParser, MatchesKeywordsExactlyAndAsPrefixes) {
                          "Malformed XML document type declaration");
     expectSubsetRejected("<!ATTLIST a x CDATA #REQUIREDy>", "AttributeListDeclarationMalformed",
                          "Malformed XML attribute list declaration");
+    for (const char* type : {"CDATAX", "IDX", "ENTITYX", "ENTITIESX", "NMTOKENX"})
+        expectSubsetRejected(std::string("<!ATTLIST a x ") + type + " 'v'>",
+                             "AttributeDefinitionMalformed", "Malformed XML attribute definition");
+    expectRejected("<!DOCTYPE a SYSTEMx 's'>", "SystemIdentifierMalformed",
+                   "Malformed XML system identifier");
+    expectRejected("<!DOCTYPE a PUBLICx 'p' 's'>", "PublicIdentifierMalformed",
+                   "Malformed XML public identifier");
+}
+
+TEST(OCDtdParser, SharesTheNamesAndTheWhiteSpaceOfItsParser) {
+    for (const char* declaration :
+         {"<!DOCTYPE '\"<&;!]|,:-.%#0>", "<!DOCTYPE\x80"
+                                         "a\xFFSYSTEM\x01's'\xE9[\x1F]\x80>"})
+        expectAccepted(declaration);
+    for (const char* subset :
+         {"<!ELEMENT ] x>", "<!ELEMENT\xE9'n\x80(b)>", "<!ATTLIST ; 'x CDATA 'v'>",
+          "<!ATTLIST a\xC3\xA9x\x80"
+          "ID\xFF#IMPLIED\x01>",
+          "<!ENTITY \" 'v'>", "<!ENTITY &e\xE9'v'\x80>", "<!ENTITY\x80%\x81%p\x82'v'>",
+          "<!ENTITY e SYSTEM 's'\xE9NDATA\xE9'n'>", "<!NOTATION | s>"})
+        expectAccepted(std::string("<!DOCTYPE a [") + subset + "]>");
+    for (const char delimiter : std::string("()*+/=>?["))
+        expectRejected(std::string("<!DOCTYPE ") + delimiter + "a>", "NameMalformed",
+                       "Malformed XML name");
+
+    const std::wstring wide = L"<!DOCTYPE \x20AC [<!ELEMENT \xE9 \x80>]>x";
+    LoggingStream stream(std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 4));
+    OCXmlParserSource source(stream, XmlEncodingWide);
+    OCXmlParserReader reader(source);
+    OCXmlParser xml;
+    OCDtdParser(xml).parse(reader);
+    EXPECT_TRUE(reader.peekString(L"x"));
 }
 
 TEST(OCDtdParser, ReportsThroughItsParser) {
@@ -321,6 +353,10 @@ TEST(OCDtdParser, ItsOperationsTellWhetherTheirConstructIsThere) {
          {"error 3", "error 0"}},
         {"CDATA ", &OCDtdParser::possibleAttributeTypeString, true, " ", {}},
         {"CDAT ", &OCDtdParser::possibleAttributeTypeString, false, "CDAT ", {}},
+        {"CDATAX ", &OCDtdParser::possibleAttributeTypeString, true, "X ", {}},
+        {"IDX ", &OCDtdParser::possibleAttributeTypeTokenized, true, "X ", {}},
+        {"ENTITYX ", &OCDtdParser::possibleAttributeTypeTokenized, true, "X ", {}},
+        {"ENTITIESX ", &OCDtdParser::possibleAttributeTypeTokenized, true, "X ", {}},
         {"ID ", &OCDtdParser::possibleAttributeTypeTokenized, true, " ", {}},
         {"IDREFS ", &OCDtdParser::possibleAttributeTypeTokenized, true, "REFS ", {}},
         {"ENTITY ", &OCDtdParser::possibleAttributeTypeTokenized, true, " ", {}},
@@ -332,6 +368,11 @@ TEST(OCDtdParser, ItsOperationsTellWhetherTheirConstructIsThere) {
         {"a) ", &OCDtdParser::possibleAttributeTypeEnumerated, false, "a) ", {}},
         {"NOTATION(a) ", &OCDtdParser::possibleAttributeTypeEnumerated, false, "(a) ", {"error 3"}},
         {"NOTATION a ", &OCDtdParser::possibleAttributeTypeEnumerated, false, "a ", {"error 3"}},
+        {"NOTATIONx (a)",
+         &OCDtdParser::possibleAttributeTypeEnumerated,
+         false,
+         "x (a)",
+         {"error 3"}},
         {"((a) ", &OCDtdParser::possibleAttributeTypeEnumerated, false, "", {"error 3"}},
         {"#REQUIRED ", &OCDtdParser::possibleDefaultDeclarationRequired, true, " ", {}},
         {"#IMPLIED ", &OCDtdParser::possibleDefaultDeclarationRequired, false, "#IMPLIED ", {}},
