@@ -280,6 +280,7 @@ private:
     [[gnu::noinline]] void initializeOnHeap(const char* text, unsigned long count);
     void take(OCAnsiString& other) noexcept;
     void changeCapacity(unsigned long n);
+    [[gnu::visibility("hidden")]] void keepStorage(unsigned long needed, unsigned long n) noexcept;
     bool holds(const char* text, unsigned long count) const noexcept;
     OCAnsiString& keep(unsigned long head, unsigned long skip, unsigned long tail) noexcept;
     OCAnsiString& appendSlowly(char c, OEStringConcat mode);

@@ -22,10 +22,14 @@ constexpr unsigned long longest = ~0UL - step;
 
 /// The bytes that a text of `length` characters is stored in: the smallest multiple of the step
 /// that leaves room for the terminator.
+constexpr unsigned long wholeSteps(unsigned long length) {
+    return length - length % step + step;
+}
+
 unsigned long capacityFor(unsigned long length) {
     if (length > longest)
         throw OXMemory_AllocationError();
-    return length - length % step + step;
+    return wholeSteps(length);
 }
 
 unsigned long sum(unsigned long a, unsigned long b) {
@@ -260,31 +264,41 @@ void OCAnsiString::releaseBlock() noexcept {
     stringRelease(data);
 }
 
-/// Moves the text into storage for `n` characters; making it smaller does not fail.
+/// Moves the text into storage for `n` characters.
 void OCAnsiString::changeCapacity(unsigned long n) {
     const unsigned long needed = capacityFor(n);
-    const unsigned long kept = n < length ? n : length;
+    if (needed <= capacity || needed <= inlineCapacity) {
+        keepStorage(needed, n);
+        return;
+    }
+    char* block = data; // stays ours if the reallocation fails
     if (data == localBuffer) {
-        if (needed > inlineCapacity) {
-            char* block = nullptr;
-            stringAllocate(block, needed);
-            stringCopy(block, localBuffer, kept);
-            data = block;
-        }
-    } else if (needed > inlineCapacity) {
-        char* block = data; // stays ours if the reallocation fails
-        try {
-            stringReallocate(block, needed);
-        } catch (const OXMemory_AllocationError&) {
-            if (needed > capacity)
-                throw;
-            block = data; // the larger block serves as well
-        }
-        data = block;
+        stringAllocate(block, needed);
+        stringCopy(block, localBuffer, length);
     } else {
-        stringCopy(localBuffer, data, kept);
-        stringRelease(data);
-        data = localBuffer;
+        stringReallocate(block, needed);
+    }
+    data = block;
+    capacity = needed;
+}
+
+/// Changes the capacity, for `n` characters, to one for which the inline buffer or the present
+/// storage is large enough.
+void OCAnsiString::keepStorage(unsigned long needed, unsigned long n) noexcept {
+    if (data != localBuffer) {
+        if (needed > inlineCapacity) {
+            char* block = data;
+            try {
+                stringReallocate(block, needed);
+            } catch (const OXMemory_AllocationError&) {
+                block = data; // the larger block serves as well
+            }
+            data = block;
+        } else {
+            stringCopy(localBuffer, data, n < length ? n : length);
+            stringRelease(data);
+            data = localBuffer;
+        }
     }
     capacity = needed;
 }
@@ -298,7 +312,7 @@ bool OCAnsiString::holds(const char* text, unsigned long count) const noexcept {
 OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip,
                                  unsigned long tail) noexcept {
     const unsigned long n = head + tail;
-    const unsigned long needed = capacityFor(n);
+    const unsigned long needed = wholeSteps(n);
     const char* const rest = data + head + skip;
     if (skip > 0 && tail > 0 && needed != capacity && needed > inlineCapacity &&
         needed <= quickBlock) {
@@ -318,7 +332,7 @@ OCAnsiString& OCAnsiString::keep(unsigned long head, unsigned long skip,
     if (skip > 0)
         stringCopy(data + head, rest, tail);
     if (needed != capacity)
-        changeCapacity(n);
+        keepStorage(needed, n);
     return endAt(n);
 }
 
