@@ -11,10 +11,11 @@
 /// decides what becomes of them.
 ///
 /// The grammar operations follow the XML parser's rule: `possible…` returns false when its
-/// construct does not begin at the reader's position (or, after a report that returned, when it is
-/// malformed), `parse…` requires its construct. Keywords are recognised as prefixes, whatever
-/// follows them. The reader is up to date whenever an event is delivered and when an operation
-/// returns or throws.
+/// construct does not begin at the reader's position (or when it has itself reported a malformation
+/// and the report returned), `parse…` requires its construct. What is malformed is reported as the
+/// error class of the innermost construct that has one, a missing name as that of names. Keywords
+/// are recognised as prefixes, whatever follows them. The reader is up to date whenever an event is
+/// delivered and when an operation returns or throws.
 ///
 /// It refers to the XML parser, which must outlive it. For use by one thread at a time.
 ///
