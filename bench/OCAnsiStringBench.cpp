@@ -20,7 +20,7 @@ using benchmark::ClobberMemory;
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-constexpr unsigned long textSize = 64 * 1024;
+constexpr unsigned long textSize = 64UL * 1024;
 
 /// A pointer that the compiler knows nothing about.
 const char* hidden(const char* text) {
@@ -340,6 +340,7 @@ std::vector<String> prefixed() {
         std::string text = "common-prefix-of-all";
         for (unsigned long at = 10 + random() % 7; at < text.size(); ++at)
             text[at] = static_cast<char>('a' + random() % 26);
+        // Not every String takes a std::string. NOLINTNEXTLINE(readability-redundant-string-cstr)
         strings.push_back(String(text.c_str()));
     }
     return strings;

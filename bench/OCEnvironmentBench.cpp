@@ -52,6 +52,7 @@ void buildStandard(benchmark::State& state) {
     for (auto _ : state) {
         std::vector<std::string> environment;
         std::vector<char*> environmentPointers;
+        // The vectors grow as the block does. NOLINTBEGIN(performance-inefficient-vector-operation)
         for (const auto& each : variables())
             environment.push_back(each.first + "=" + each.second);
         for (std::string& each : environment)
@@ -63,6 +64,7 @@ void buildStandard(benchmark::State& state) {
             copies.push_back(each);
         for (std::string& each : copies)
             pointers.push_back(each.data());
+        // NOLINTEND(performance-inefficient-vector-operation)
         pointers.push_back(nullptr);
         benchmark::DoNotOptimize(environmentPointers.data());
         benchmark::DoNotOptimize(pointers.data());

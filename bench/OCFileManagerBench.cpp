@@ -41,7 +41,7 @@ void makeFiles(const std::string& directory, int count) {
 
 // 100 directories of 100 files in two levels.
 std::string makeTree(const std::string& directory) {
-    const std::string top = directory + "/tree";
+    std::string top = directory + "/tree";
     for (int i = 0; i < 10; ++i)
         for (int j = 0; j < 10; ++j) {
             const std::string path =

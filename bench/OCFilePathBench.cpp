@@ -41,7 +41,10 @@ void takeApartWithLibrary(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         const OCFilePath path(texts[i].c_str());
-        OCFilePath drive, directory(path), name(path), extension;
+        OCFilePath drive;
+        OCFilePath directory(path);
+        OCFilePath name(path);
+        OCFilePath extension;
         if (path.hasDrive())
             (drive = path).extractDrive();
         directory.removeFilename();
@@ -61,8 +64,10 @@ void takeApartWithFilesystem(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         const std::filesystem::path path(texts[i]);
-        const std::filesystem::path drive = path.root_name(), directory = path.parent_path(),
-                                    name = path.filename(), extension = path.extension();
+        const std::filesystem::path drive = path.root_name();
+        const std::filesystem::path directory = path.parent_path();
+        const std::filesystem::path name = path.filename();
+        const std::filesystem::path extension = path.extension();
         benchmark::DoNotOptimize(drive.c_str());
         benchmark::DoNotOptimize(directory.c_str());
         benchmark::DoNotOptimize(name.c_str());

@@ -14,8 +14,8 @@ namespace {
 
 using benchmark::State;
 
-constexpr unsigned long blockSize = 16 * 1024;
-constexpr unsigned long fileSize = 4 * 1024 * 1024;
+constexpr unsigned long blockSize = 16UL * 1024;
+constexpr unsigned long fileSize = 4UL * 1024 * 1024;
 
 /// A source file and the name of a target, gone at the end of the program.
 struct Files {
@@ -68,7 +68,7 @@ void copyBySystemCalls(State& state) {
     for (auto _ : state) {
         const int from = open(files().source.c_str(), O_RDONLY);
         const int to = open(files().target.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0644);
-        ssize_t count;
+        ssize_t count = 0;
         while ((count = read(from, block, blockSize)) > 0) {
             if (write(to, block, static_cast<size_t>(count)) != count)
                 std::abort();

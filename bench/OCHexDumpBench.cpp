@@ -18,7 +18,7 @@ namespace {
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-constexpr unsigned long size = 1024 * 1024;
+constexpr unsigned long size = 1024UL * 1024;
 constexpr unsigned long perLine = 24;
 constexpr unsigned long lineWidth = 3 * perLine + 2;
 constexpr unsigned long linesLength = 3 * size - 1 + (size - 1) / perLine * 2;

@@ -18,7 +18,7 @@ namespace {
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-constexpr unsigned long size = 1024 * 1024;
+constexpr unsigned long size = 1024UL * 1024;
 
 std::string content() {
     std::string text(size, '\0');
@@ -47,7 +47,7 @@ void readerRead(State& state) {
         stream.setPosition(0);
         OCStreamReader reader(stream);
         sum = 0;
-        char c;
+        char c = 0;
         while (reader.readCharacter(c))
             sum += static_cast<unsigned char>(c);
         DoNotOptimize(sum);
@@ -63,7 +63,7 @@ void getcRead(State& state) {
     for (auto _ : state) {
         std::rewind(file);
         sum = 0;
-        int c;
+        int c = 0;
         while ((c = getc_unlocked(file)) != EOF)
             sum += static_cast<unsigned char>(c);
         DoNotOptimize(sum);
@@ -80,7 +80,7 @@ void bufferRead(State& state) {
     for (auto _ : state) {
         memory.pubseekpos(0, std::ios::in);
         sum = 0;
-        int c;
+        int c = 0;
         while ((c = memory.sbumpc()) != std::stringbuf::traits_type::eof())
             sum += static_cast<unsigned char>(c);
         DoNotOptimize(sum);

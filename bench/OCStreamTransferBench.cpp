@@ -15,7 +15,7 @@ namespace {
 
 using benchmark::State;
 
-constexpr unsigned long blockSize = 16 * 1024;
+constexpr unsigned long blockSize = 16UL * 1024;
 constexpr unsigned long fileSize = 256UL * 1024 * 1024;
 
 /// A source file and a target of the same size, gone at the end of the program.
@@ -36,7 +36,7 @@ struct Files {
         rmdir(directory.c_str());
     }
     static void fill(const std::string& path, char c) {
-        const std::string block(1024 * 1024, c);
+        const std::string block(1024UL * 1024, c);
         const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         for (unsigned long done = 0; done < fileSize; done += block.size()) {
             if (write(file, block.data(), block.size()) != static_cast<ssize_t>(block.size()))
@@ -73,7 +73,7 @@ void copyBySystemCalls(State& state) {
     for (auto _ : state) {
         const int from = open(files().source.c_str(), O_RDONLY);
         const int to = open(files().target.c_str(), O_WRONLY);
-        ssize_t count;
+        ssize_t count = 0;
         while ((count = read(from, block, blockSize)) > 0) {
             if (write(to, block, static_cast<size_t>(count)) != count)
                 std::abort();

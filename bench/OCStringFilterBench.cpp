@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t size = 1024 * 1024;
+constexpr std::size_t size = 1024UL * 1024;
 
 /// 1 MiB of prose, in which one character in twenty is none of ASCII's or not visible.
 const std::string& prose() {
@@ -80,7 +80,7 @@ void readStdio(benchmark::State& state, OEStringFilterMode mode) {
     for (auto _ : state) {
         std::rewind(file);
         std::string text;
-        for (int c; (c = getc_unlocked(file)) != EOF;) {
+        for (int c = 0; (c = getc_unlocked(file)) != EOF;) {
             if (std::is_same_v<Kind, Utf8> && (c & 0xc0) == 0x80)
                 continue;
             if (Kind::isValid(c))
@@ -110,7 +110,7 @@ void readWideStdio(benchmark::State& state, OEStringFilterMode mode) {
     for (auto _ : state) {
         std::rewind(file);
         std::wstring text;
-        for (int c; (c = getc_unlocked(file)) != EOF;) {
+        for (int c = 0; (c = getc_unlocked(file)) != EOF;) {
             if (Kind::isValid(c))
                 text += static_cast<wchar_t>(static_cast<signed char>(c));
             else if (mode == StringFilterModeReplace)

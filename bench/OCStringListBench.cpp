@@ -31,7 +31,7 @@ std::vector<std::string> makeTexts(unsigned long count) {
 
 /// 16 MiB of lines of 20 to 80 characters, ended by LF.
 std::string makeLines() {
-    constexpr std::size_t size = 16 * 1024 * 1024;
+    constexpr std::size_t size = 16UL * 1024 * 1024;
     std::mt19937 random(54321);
     std::string text;
     text.reserve(size + 100);

@@ -87,7 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     OCApplicationArgumentList list;
 
     list.assign(input.c_str());
-    requireSame(splitPlain(input.c_str()), list, "one text");
+    const std::string untilZero = input.substr(0, input.find('\0'));
+    requireSame(splitPlain(untilZero), list, "one text");
 
     std::vector<std::string> texts;
     for (std::size_t begin = 0; begin < size; begin += texts.back().size() + 1)

@@ -3,10 +3,9 @@
 // what stands before and behind their first `=`.
 
 #include "OCEnvironment.h"
+#include "Require.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -16,13 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-void require(bool condition, const char* what) {
-    if (!condition) {
-        fprintf(stderr, "violated: %s\n", what);
-        abort();
-    }
-}
 
 /// Names are ordered by signed bytes.
 struct Less {
@@ -46,6 +38,7 @@ std::string standard(const OCAnsiString& text) {
 /// Reads `entries` as the environment of the process.
 void readEntries(OCEnvironmentBlock& block, std::vector<std::string>& entries) {
     std::vector<char*> pointers;
+    pointers.reserve(entries.size() + 1);
     for (std::string& entry : entries)
         pointers.push_back(entry.data());
     pointers.push_back(nullptr);

@@ -263,7 +263,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     // A filename and what stands before it are the whole; so are an extension and what it extends.
-    OCFilePath directory(path), filename(path), base(path), extension(path);
+    OCFilePath directory(path);
+    OCFilePath filename(path);
+    OCFilePath base(path);
+    OCFilePath extension(path);
     if (path.hasFilename()) {
         directory.removeFilename();
         filename.extractFilename();
@@ -275,7 +278,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         require(base + extension == path, "extension", -1, model.path);
     }
     if (path.hasDrive()) {
-        OCFilePath drive(path), rest(path);
+        OCFilePath drive(path);
+        OCFilePath rest(path);
         drive.extractDrive();
         rest.removeDrive();
         require(drive + rest == path, "drive", -1, model.path);

@@ -11,6 +11,7 @@ inline void require(bool condition, const char* what) {
         std::abort();
     }
 }
+// The condition is the message. NOLINTNEXTLINE(cppcoreguidelines-macro-usage)
 #define REQUIRE(condition) require(condition, #condition)
 
 #endif

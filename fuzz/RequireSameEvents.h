@@ -30,7 +30,7 @@ inline void requireFrame(const std::vector<std::string>& log) {
         thrown = thrown || entry.compare(0, 6, "thrown") == 0;
     }
     const bool endThrew = thrown && log.size() >= 2 && log[log.size() - 2] == "documentEnd";
-    if (starts != 1 || ends != (thrown && !endThrew ? 0u : 1u))
+    if (starts != 1 || ends != (thrown && !endThrew ? 0U : 1U))
         std::abort();
 }
 

@@ -61,7 +61,8 @@ struct DateTimeModel {
     }
 
     void setSeconds(int64_t total) {
-        int64_t days = total / 86400, rest = total % 86400;
+        int64_t days = total / 86400;
+        int64_t rest = total % 86400;
         if (rest < 0) {
             rest += 86400;
             --days;
@@ -113,7 +114,7 @@ private:
         const std::size_t end = rest.find(terminator);
         if (end == std::string::npos || end == 0)
             throw Failure();
-        const std::string token = rest.substr(0, end);
+        std::string token = rest.substr(0, end);
         rest.erase(0, end + 1);
         return token;
     }
@@ -121,13 +122,13 @@ private:
     static std::string characters(std::string& rest, std::size_t width) {
         if (rest.size() < width)
             throw Failure();
-        const std::string token = rest.substr(0, width);
+        std::string token = rest.substr(0, width);
         rest.erase(0, width);
         return token;
     }
 
     static std::string characters(std::string& rest, std::size_t width, char separator) {
-        const std::string token = characters(rest, width);
+        std::string token = characters(rest, width);
         if (rest.empty() || rest.front() != separator)
             throw Failure();
         rest.erase(0, 1);

@@ -1,6 +1,7 @@
 #ifndef ORVABASE_TESTS_FILEPATHMODEL_H
 #define ORVABASE_TESTS_FILEPATHMODEL_H
 
+#include <algorithm>
 #include <functional>
 #include <string>
 
@@ -50,7 +51,7 @@ struct FilePathModel {
     bool extractDriveClassic() {
         if (!hasDriveClassic())
             return false;
-        path = path.substr(0, path.find(':') + 1);
+        path.resize(path.find(':') + 1);
         return true;
     }
     bool removeDriveClassic() {
@@ -81,14 +82,16 @@ struct FilePathModel {
         return copy.extractDriveUniversal();
     }
     bool extractDriveUniversal() {
-        std::string drive, rest;
+        std::string drive;
+        std::string rest;
         if (!splitUniversal(drive, rest))
             return false;
         path = drive;
         return true;
     }
     bool removeDriveUniversal() {
-        std::string drive, rest;
+        std::string drive;
+        std::string rest;
         if (!splitUniversal(drive, rest))
             return false;
         path = rest;
@@ -128,28 +131,28 @@ struct FilePathModel {
         return false;
     }
     bool hasExtensionClassic() const {
-        std::size_t place;
+        std::size_t place = 0;
         return findExtension(place);
     }
     bool extractExtensionClassic() {
-        std::size_t place;
+        std::size_t place = 0;
         if (!findExtension(place))
             return false;
         path = path.substr(place);
         return true;
     }
     bool removeExtensionClassic() {
-        std::size_t place;
+        std::size_t place = 0;
         if (findExtension(place))
-            path = path.substr(0, place);
+            path.resize(place);
         return true;
     }
     bool changeExtensionClassic(std::string extension) {
         if (extension.empty() || extension[0] != '.')
             extension = "." + extension;
-        std::size_t place;
+        std::size_t place = 0;
         if (findExtension(place))
-            path = path.substr(0, place);
+            path.resize(place);
         else if (!path.empty() && separator(path.back()))
             return false;
         path += extension;
@@ -250,7 +253,7 @@ struct FilePathModel {
         removeLeadingSlash();
         const std::size_t end = path.find_first_of("/\\", 1);
         if (end != std::string::npos)
-            path = path.substr(0, end);
+            path.resize(end);
         return true;
     }
     bool removeFirstDirectory() {
@@ -279,10 +282,8 @@ struct FilePathModel {
     }
     bool validateSlashes(int system) const {
         const char expected = FilePathModel().makeSlash(system);
-        for (char c : path)
-            if (slash(c) && c != expected)
-                return false;
-        return true;
+        return std::all_of(path.begin(), path.end(),
+                           [expected](char c) { return !slash(c) || c == expected; });
     }
     bool convertSlashes(int system) {
         for (char& c : path)

@@ -243,7 +243,7 @@ private:
         whiteSpace();
         if (accept("=")) {
             whiteSpace();
-            char quote;
+            char quote = 0;
             if (reader.previewCharacter(quote) && (quote == '"' || quote == '\'')) {
                 reader.skip(1);
                 if (!reader.findCharacter(quote, &value)) {
@@ -252,7 +252,7 @@ private:
                 }
                 reader.skip(1);
             } else {
-                char c;
+                char c = 0;
                 bool ended = false;
                 while (!ended && reader.previewCharacter(c)) {
                     ended = isSpace(c) || c == '>';
@@ -279,7 +279,7 @@ private:
     }
     bool possibleName(std::string& name) {
         const std::string others = "!-:_";
-        char c;
+        char c = 0;
         while (reader.previewCharacter(c) &&
                ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                 others.find(c) != std::string::npos)) {
@@ -290,7 +290,7 @@ private:
     }
     bool whiteSpace() {
         bool any = false;
-        char c;
+        char c = 0;
         while (reader.previewCharacter(c) && isSpace(c)) {
             any = true;
             reader.skip(1);
@@ -388,10 +388,11 @@ public:
 private:
     void watch(const std::function<bool(char&)>& preview, const std::function<void()>& consume) {
         events.at = [=](const std::string& event) {
-            char c = 0;
-            if (conditions.eventsLook)
+            if (conditions.eventsLook) {
+                char c = 0;
                 log.push_back(preview(c) ? "before " + printable(std::string(1, c))
                                          : "before the end");
+            }
             if (conditions.eventsConsume && event == "start skip")
                 consume();
         };

@@ -14,7 +14,8 @@ struct QueryModel {
 
     static char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
     static bool same(const std::string& a, const std::string& b) {
-        std::string x, y;
+        std::string x;
+        std::string y;
         for (char c : a)
             x += lower(c);
         for (char c : b)
@@ -67,7 +68,8 @@ struct QueryModel {
 
     void setText(const std::string& text) {
         pairs.clear();
-        std::string name, value;
+        std::string name;
+        std::string value;
         bool inValue = false;
         for (std::size_t i = 0; i <= text.size(); ++i) {
             if (i == text.size() || text[i] == '&') {
@@ -140,7 +142,7 @@ struct LocatorModel {
         const std::size_t mark = rest.find('?');
         if (mark != std::string::npos) {
             read.parameters.setText(rest.substr(mark + 1));
-            rest = rest.substr(0, mark);
+            rest.resize(mark);
         }
         const std::size_t colon = rest.find(':');
         if (colon != std::string::npos) {

@@ -229,7 +229,7 @@ private:
             if (encoding == XmlEncodingAnsi) {
                 std::string bytes(remaining, '\0');
                 unsigned long size = remaining;
-                if (!stream.read(&bytes[0], size))
+                if (!stream.read(bytes.data(), size))
                     break;
                 for (unsigned long i = 0; i < size; ++i)
                     result += static_cast<wchar_t>(static_cast<signed char>(bytes[i]));
@@ -237,7 +237,7 @@ private:
             } else if (encoding == XmlEncodingWide) {
                 std::wstring characters(remaining, L'\0');
                 unsigned long size = remaining * 4;
-                if (!stream.read(&characters[0], size))
+                if (!stream.read(characters.data(), size))
                     break;
                 if (size % 4 != 0)
                     throw OXXmlParserSource_CharacterTruncated();
@@ -415,6 +415,7 @@ private:
     bool possibleCharacterData() {
         std::wstring text;
         reader.findCharacter(L'<', &text);
+        // cppcheck-suppress knownConditionTrueFalse; the reader fills the text
         if (text.empty())
             return false;
         if (events)
