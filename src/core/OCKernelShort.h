@@ -114,7 +114,7 @@ KERNEL_INLINE unsigned long mismatch(const Character* a, const Character* b,
                                      unsigned long count) noexcept {
     const char* left = bytesOf(a);
     const char* right = bytesOf(b);
-    const unsigned int same = marks(
+    const unsigned int matching = marks(
         count * sizeof(Character), [&](auto run, unsigned long at) __attribute__((always_inline)) {
             const sse2::Register v = run.load(left + at);
             const sse2::Register w = run.load(right + at);
@@ -123,7 +123,7 @@ KERNEL_INLINE unsigned long mismatch(const Character* a, const Character* b,
                           : sse2::Lanes<Character>::equal(v, w);
         });
     // Behind the run there is no mark, so the first place without one is the mismatch or the end.
-    return indexOfLowest<Character>(~same);
+    return indexOfLowest<Character>(~matching);
 }
 
 /// The folded order of the first 16 bytes, all of which can be read but only `count` of which

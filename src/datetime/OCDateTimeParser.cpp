@@ -83,9 +83,9 @@ public:
     unsigned short numberUntil(char terminator) {
         skipBlanks();
         const char* const field = position;
-        const unsigned short number = readNumber(position, end);
+        const unsigned short value = readNumber(position, end);
         finish(field, terminator);
-        return number;
+        return value;
     }
     unsigned short month() {
         unsigned long count = 0;

@@ -86,6 +86,7 @@ TEST(OCVector, KeepsTheOrderOfItsFields) {
     unsigned long fields[5];
     std::memcpy(fields, static_cast<const void*>(&vector), sizeof fields);
     OCObject* element;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression,performance-no-int-to-ptr)
     std::memcpy(&element, reinterpret_cast<const void*>(fields[1]), sizeof element);
     EXPECT_EQ(&first, element);
     EXPECT_EQ(7u, fields[2]); // the block size

@@ -59,6 +59,7 @@ struct Elements {
         return std::string(reinterpret_cast<const char*>(block), size) + (enlarged ? "..." : "");
     }
 
+    // Of pointers, too. NOLINTNEXTLINE(bugprone-sizeof-expression)
     static constexpr std::size_t size = 3 * sizeof(Element);
     Element* block;
     bool enlarged = false;

@@ -438,8 +438,8 @@ TEST(OCXmlParser, StartsAtTheStreamsPosition) {
 
 TEST(OCXmlParser, SkipsTheXmlDeclaration) {
     for (const char* document : {"<?xml version='1.0'?><a/>", "<?xml?><a/>", "<?xml ? > ?><a/>",
-                                 "<?xml?"
-                                 "?><a/>",
+                                 ("<?xml?"
+                                  "?><a/>"),
                                  "<?xml-stylesheet href='x'?><a/>", "<?xmlns?><a/>"})
         EXPECT_EQ((Log{"elementStart a", "elementEnd"}), inner(document)) << document;
 }

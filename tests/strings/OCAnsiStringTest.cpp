@@ -1911,6 +1911,7 @@ TEST(AnsiString, UrlFormThatFailsLeavesTheString) {
         EXPECT_EQ(escaped.size() > 127 ? 1UL : 0UL,
                   failEachRequestOn(start, escaped, [](OCAnsiString& s) { s.escape(); }));
         const unsigned long failures =
+            // NOLINTNEXTLINE(readability-suspicious-call-argument)
             failEachRequestOn(escaped, start, [](OCAnsiString& s) { s.unescape(); });
         EXPECT_EQ(escaped.size() > 127, failures > 0);
     }

@@ -25,8 +25,6 @@
 #include <type_traits>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 const char abortedByTheStart[] =
@@ -927,6 +925,7 @@ struct Answer {
     Replacement<int(useconds_t)> sleeping;
 };
 
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class OCChildProcessWait : public testing::Test {
 protected:
     OCChildProcessWait() { process.getHandles().setProcessIdentifier(4711); }

@@ -444,7 +444,7 @@ TEST(OCFileManagerTest, CreatesWhatAPlainRecursionWouldCreate) {
         struct stat status;
         if (!parent.empty() && (shortened.empty() || stat(shortened.c_str(), &status) != 0 ||
                                 !S_ISDIR(status.st_mode))) {
-            const std::string failure = plain(parent);
+            std::string failure = plain(parent);
             if (!failure.empty())
                 return failure;
         }

@@ -848,6 +848,7 @@ TEST(OCFilePathTest, ARefusedAllocationLeavesThePath) {
                 continue;
             const long left = fault::blocksLeftBy([&] {
                 refusals +=
+                    // A copy each time. NOLINTNEXTLINE(performance-no-automatic-move)
                     fault::failEachRequestOn([&] { return original; }, operation,
                                              [&](const OCFilePath& path, bool failed) {
                                                  EXPECT_TRUE(path == (failed ? original : expected))

@@ -51,6 +51,8 @@ TEST(OCMutex, IsZeroBeforeItIsCreated) {
         Replacement creating(calls::pthread_mutex_init,
                              [&](pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
                                  const unsigned char zeros[sizeof(pthread_mutex_t)] = {};
+                                 // Of every byte.
+                                 // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison,cert-exp42-c,cert-flp37-c)
                                  zero = std::memcmp(mutex, zeros, sizeof zeros) == 0;
                                  return calls::pthread_mutex_init.original(mutex, attributes);
                              });

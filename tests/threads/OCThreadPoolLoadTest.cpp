@@ -16,9 +16,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <thread>
-#include <time.h>
 #include <unistd.h>
 #include <vector>
 

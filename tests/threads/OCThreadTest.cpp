@@ -291,6 +291,7 @@ TEST(OCThread, MayExitByTheSystemsOwnMeans) {
 #if defined(__SANITIZE_ADDRESS__)
         __lsan_disable(); // the C library loads its unwinder now and keeps what it allocates for it
 #endif
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         pthread_exit(reinterpret_cast<void*>(std::uintptr_t(12)));
     });
     thread.resumeThread();
