@@ -9,3 +9,8 @@ if(ORVABASE_COVERAGE)
     add_compile_options(--coverage -O0 -fprofile-update=atomic)
     add_link_options(--coverage)
 endif()
+
+# Valgrind runs what any compiler made; a little optimisation halves its time and keeps the lines that it reports.
+if(ORVABASE_MEMCHECK)
+    add_compile_options(-O1 -fno-omit-frame-pointer)
+endif()

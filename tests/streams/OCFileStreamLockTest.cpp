@@ -70,12 +70,12 @@ public:
 
 private:
     struct Request {
-        short type;
+        long type; // of the size of the others, so that all bytes are written
         long start;
         long length;
     };
 
-    bool request(short type, long start, long length) {
+    bool request(long type, long start, long length) {
         const Request wanted{type, start, length};
         char answer = 0;
         if (::write(requests[1], &wanted, sizeof wanted) != sizeof wanted ||
@@ -90,7 +90,7 @@ private:
         Request wanted;
         while (::read(requests[0], &wanted, sizeof wanted) == sizeof wanted) {
             struct flock record = {};
-            record.l_type = wanted.type;
+            record.l_type = static_cast<short>(wanted.type);
             record.l_whence = SEEK_SET;
             record.l_start = wanted.start;
             record.l_len = wanted.length;

@@ -4,6 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#if FAULT_MEMCHECK
+#include <dlfcn.h>
+#endif
+
 // These run before the sanitizers are ready and inside their own start, so they are not
 // instrumented.
 #define FAULT_PLAIN __attribute__((no_sanitize("address", "thread", "undefined")))
@@ -14,7 +18,7 @@ void* __interceptor_malloc(std::size_t);
 void* __interceptor_calloc(std::size_t, std::size_t);
 void* __interceptor_realloc(void*, std::size_t);
 void __interceptor_free(void*);
-#else
+#elif !FAULT_MEMCHECK
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
@@ -29,6 +33,30 @@ constexpr auto underlyingMalloc = __interceptor_malloc;
 constexpr auto underlyingCalloc = __interceptor_calloc;
 constexpr auto underlyingRealloc = __interceptor_realloc;
 constexpr auto underlyingFree = __interceptor_free;
+#elif FAULT_MEMCHECK
+// Valgrind puts its heap in the place of these functions of the C library, and of no other names
+// for them. Finding them asks for no memory.
+void* underlyingMalloc(std::size_t size) {
+    static const auto next = reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "malloc"));
+    return next(size);
+}
+
+void* underlyingCalloc(std::size_t count, std::size_t size) {
+    static const auto next =
+        reinterpret_cast<void* (*)(std::size_t, std::size_t)>(dlsym(RTLD_NEXT, "calloc"));
+    return next(count, size);
+}
+
+void* underlyingRealloc(void* block, std::size_t size) {
+    static const auto next =
+        reinterpret_cast<void* (*)(void*, std::size_t)>(dlsym(RTLD_NEXT, "realloc"));
+    return next(block, size);
+}
+
+void underlyingFree(void* block) {
+    static const auto next = reinterpret_cast<void (*)(void*)>(dlsym(RTLD_NEXT, "free"));
+    next(block);
+}
 #else
 constexpr auto underlyingMalloc = __libc_malloc;
 constexpr auto underlyingCalloc = __libc_calloc;
@@ -59,8 +87,8 @@ FAULT_PLAIN bool refuses(std::size_t size) {
             --own.countdown;
         own.triggered = own.triggered || refused;
     }
-#if FAULT_SANITIZED
-    // A sanitizer ends the program where the C library merely refuses.
+#if FAULT_SANITIZED || FAULT_MEMCHECK
+    // A sanitizer ends the program, and valgrind complains, where the C library merely refuses.
     refused = refused || size > (std::size_t(1) << 39);
 #endif
     if (refused)

@@ -4,8 +4,8 @@
 // Makes the heap of a test program fail on demand, and counts what it holds.
 //
 // A program that refers to anything here gets its own malloc, calloc, realloc and free. They hand
-// over to the C library, or to the sanitizer that the program was built with, so that the same
-// tests run in every build. All counting is per thread.
+// over to the C library, or to the sanitizer that the program was built with, or to valgrind, so
+// that the same tests run in every build. All counting is per thread.
 
 #include "OCMemory.h"
 
@@ -22,11 +22,17 @@
 #ifndef FAULT_SANITIZED
 #define FAULT_SANITIZED 0
 #endif
+#if defined(ORVABASE_MEMCHECK)
+#define FAULT_MEMCHECK 1
+#else
+#define FAULT_MEMCHECK 0
+#endif
 
 namespace fault {
 
-/// Whether the program was built with a sanitizer, whose heap has other sizes and speeds.
-constexpr bool sanitized = FAULT_SANITIZED;
+/// Whether the program was built with a sanitizer or for valgrind, whose heaps have other sizes and
+/// speeds.
+constexpr bool sanitized = FAULT_SANITIZED || FAULT_MEMCHECK;
 
 /// What the calling thread has asked of the heap.
 struct HeapRecord {
