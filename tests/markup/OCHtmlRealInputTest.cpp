@@ -54,6 +54,7 @@ parser.close()
 Outline outlineOfPython(const std::string& path) {
     const ScratchDirectory scratch;
     const std::string program = scratch.write("outline.py", script);
+    // NOLINTNEXTLINE(cert-env33-c)
     std::FILE* output = popen(("python3 '" + program + "' '" + path + "'").c_str(), "r");
     std::string text;
     char block[65536];

@@ -336,7 +336,7 @@ TEST(OCQueryString, WritesWithOneRequest) {
     const unsigned long requests = fault::heapRecord().requests;
     const OCAnsiString text = query.getText(QueryStringFormatHtml);
     EXPECT_EQ(requests + 1, fault::heapRecord().requests);
-    EXPECT_EQ(100 * (5 + longText.size()) + 99 * 5, text.getLength());
+    EXPECT_EQ(100 * (5 + longText.size()) + 99UL * 5, text.getLength());
 }
 
 TEST(OCQueryString, ClearRemovesAll) {

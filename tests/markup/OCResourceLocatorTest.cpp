@@ -67,7 +67,7 @@ TEST(OCResourceLocator, HoldsFiveFields) {
     EXPECT_EQ(8 + 2 * 168, offset(&locator.getResource()));
     EXPECT_EQ(8 + 3 * 168, offset(&locator.getParameters()));
     EXPECT_EQ(8080u, *reinterpret_cast<const unsigned int*>(
-                         reinterpret_cast<const char*>(&locator) + 8 + 3 * 168 + 48));
+                         reinterpret_cast<const char*>(&locator) + 8 + 3L * 168 + 48));
 }
 
 TEST(OCResourceLocator, ANewOneIsEmptyAndTakesNoMemory) {

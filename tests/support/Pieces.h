@@ -31,6 +31,7 @@ public:
                 continue;
             }
             const unsigned long n = std::min(count - copied, piece.text.size() - offset);
+            // NOLINTNEXTLINE(bugprone-not-null-terminated-result)
             std::memcpy(to + copied, piece.text.data() + offset, n);
             copied += n;
             offset += n;
