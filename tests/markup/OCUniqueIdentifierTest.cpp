@@ -164,8 +164,10 @@ TEST(OCUniqueIdentifier, SetsTheGroupsOfAStructureOneByOne) {
     EXPECT_EQ("11111111-1111-1111-cdef-0123456789ab", modelText(structure));
 
     OCUniqueIdentifier object; // an object will do, too
+    // NOLINTNEXTLINE(readability-static-accessed-through-instance): what is tested
     object.setTextData1(object.getStructure(), mixedText);
     EXPECT_EQ(OCAnsiString("0123abcd-0000-0000-0000-000000000000"), object.getText());
+    // NOLINTNEXTLINE(readability-static-accessed-through-instance): what is tested
     EXPECT_TRUE(object.validateText(mixedText));
 }
 

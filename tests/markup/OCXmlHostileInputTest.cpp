@@ -291,7 +291,7 @@ long processMemory(const char* name) {
     char line[256];
     while (file && std::fgets(line, sizeof line, file))
         if (std::strncmp(line, name, std::strlen(name)) == 0)
-            std::sscanf(line + std::strlen(name), ": %ld", &kilobytes);
+            kilobytes = std::strtol(line + std::strlen(name) + 1, nullptr, 10); // behind the colon
     if (file)
         std::fclose(file);
     return kilobytes;
@@ -331,10 +331,14 @@ long memoryOf(Write write) {
     std::fclose(file);
     const std::string command = std::string(probeVariable) + "='" + path + "' " +
                                 std::filesystem::read_symlink("/proc/self/exe").string();
-    long taken = -1;
+    // NOLINTNEXTLINE(cert-env33-c): the command is this program
     std::FILE* output = popen(command.c_str(), "r");
-    EXPECT_EQ(1, std::fscanf(output, "%ld", &taken));
+    char line[256] = "";
+    EXPECT_NE(nullptr, std::fgets(line, sizeof line, output));
     EXPECT_EQ(0, pclose(output));
+    char* end = nullptr;
+    const long taken = std::strtol(line, &end, 10);
+    EXPECT_NE(line, end);
     return taken;
 }
 

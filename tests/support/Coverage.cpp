@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): gcov's own functions
 void __gcov_dump(void);
 void __gcov_reset(void);
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 }
 
 namespace {

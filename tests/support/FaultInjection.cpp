@@ -13,6 +13,8 @@
 #define FAULT_PLAIN __attribute__((no_sanitize("address", "thread", "undefined")))
 
 extern "C" {
+// The names are those of the C library and of the sanitizers.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 #if FAULT_SANITIZED
 void* __interceptor_malloc(std::size_t);
 void* __interceptor_calloc(std::size_t, std::size_t);
@@ -24,6 +26,7 @@ void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 #endif
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 }
 
 namespace {
