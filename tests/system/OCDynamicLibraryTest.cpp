@@ -24,13 +24,17 @@ extern "C" __attribute__((visibility("default"))) void sampleEvent(const char* e
 
 // What the dynamic loader keeps for itself is no leak. LeakSanitizer knows that, but not behind the
 // test program's own malloc.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): its name for this
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
 const char* __lsan_default_suppressions() {
     return "leak:ld-linux-x86-64.so\n";
 }
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 namespace {
 
+// GoogleTest deletes fixtures by their base class.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class OCDynamicLibraryTest : public testing::Test {
 protected:
     OCDynamicLibraryTest() {
