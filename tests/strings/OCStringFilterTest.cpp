@@ -577,14 +577,12 @@ struct Model {
         for (consumed = 0; consumed < input.size();) {
             const char c = input[consumed++];
             const int byte = static_cast<unsigned char>(c);
-            if (kind == Octet || kind == T61) {
-                result += c;
-            } else if (kind == Utf8) {
+            if (kind == Utf8) {
                 if (byte < 128)
                     result += c;
                 else if (byte >= 0xC0)
                     result += '.';
-            } else if (isValid(byte)) {
+            } else if (kind == Octet || kind == T61 || isValid(byte)) {
                 result += c;
             } else if (mode == 0) {
                 result += mask();
