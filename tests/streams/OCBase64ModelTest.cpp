@@ -148,7 +148,7 @@ Outcomes run(Coder coder, const Conditions& conditions) {
 /// Compares, and returns what happened.
 Outcomes expectSame(Coder byBlocks, Coder atOnce, const Conditions& conditions) {
     const Outcomes expected = run(byBlocks, conditions);
-    const Outcomes actual = run(atOnce, conditions);
+    Outcomes actual = run(atOnce, conditions);
     EXPECT_EQ(expected.exception, actual.exception);
     EXPECT_EQ(expected.sourcePosition, actual.sourcePosition);
     EXPECT_TRUE(expected.sourceData == actual.sourceData);

@@ -225,7 +225,7 @@ TEST(OCBase64Encoder, AWriteThatFailsOnTheWayLeavesTheSourceBehindTheLastBlock) 
 
 TEST(OCBase64Encoder, ALineEndThatFillsTheBufferIsWrittenWithItsBlock) {
     // 2048 lines of 66 characters are the first that fill a whole number of buffers, 33.
-    RecordingStream source(std::string(2048 * 48, '\0'));
+    RecordingStream source(std::string(2048UL * 48, '\0'));
     RecordingStream target;
     target.writes = {{33, 33, Outcome::Refuse}};
     EXPECT_EQ(thrown<OXStream_WriteError>([&] { OCBase64Encoder().encode(source, target); }),
