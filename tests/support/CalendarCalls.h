@@ -3,7 +3,7 @@
 
 #include "support/SystemCalls.h"
 
-#include <time.h>
+#include <ctime>
 
 /// The replaceable functions on dates, for programs that do without those of TimeFaults.h.
 namespace calls {
