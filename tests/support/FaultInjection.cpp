@@ -37,28 +37,46 @@ constexpr auto underlyingCalloc = __interceptor_calloc;
 constexpr auto underlyingRealloc = __interceptor_realloc;
 constexpr auto underlyingFree = __interceptor_free;
 #elif FAULT_MEMCHECK
-// Valgrind puts its heap in the place of these functions of the C library, and of no other names
-// for them. Finding them asks for no memory.
+/// The functions of the C library, in whose place valgrind puts its heap, but under no other names
+/// for them. All are found at the first request: finding one later could come between a failure of
+/// the loader and the question what it was. Finding them asks for no memory.
+struct Underlying {
+    template<typename Function>
+    static void find(Function& function, const char* name) {
+        function = reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+    }
+    Underlying() {
+        find(allocate, "malloc");
+        find(allocateClear, "calloc");
+        find(reallocate, "realloc");
+        find(release, "free");
+    }
+
+    void* (*allocate)(std::size_t);
+    void* (*allocateClear)(std::size_t, std::size_t);
+    void* (*reallocate)(void*, std::size_t);
+    void (*release)(void*);
+};
+
+const Underlying& underlying() {
+    static const Underlying functions;
+    return functions;
+}
+
 void* underlyingMalloc(std::size_t size) {
-    static const auto next = reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "malloc"));
-    return next(size);
+    return underlying().allocate(size);
 }
 
 void* underlyingCalloc(std::size_t count, std::size_t size) {
-    static const auto next =
-        reinterpret_cast<void* (*)(std::size_t, std::size_t)>(dlsym(RTLD_NEXT, "calloc"));
-    return next(count, size);
+    return underlying().allocateClear(count, size);
 }
 
 void* underlyingRealloc(void* block, std::size_t size) {
-    static const auto next =
-        reinterpret_cast<void* (*)(void*, std::size_t)>(dlsym(RTLD_NEXT, "realloc"));
-    return next(block, size);
+    return underlying().reallocate(block, size);
 }
 
 void underlyingFree(void* block) {
-    static const auto next = reinterpret_cast<void (*)(void*)>(dlsym(RTLD_NEXT, "free"));
-    next(block);
+    underlying().release(block);
 }
 #else
 constexpr auto underlyingMalloc = __libc_malloc;
